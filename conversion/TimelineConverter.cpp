@@ -1,0 +1,103 @@
+// TimelineConverter: the timeline entry point and the asset listing.
+#include "TimelineConverter.h"
+
+#include <cstring>
+
+#include "MediaInfoConverter.h"
+#include "TimeConverter.h"
+#include "TrackConverter.h"
+#include "detail/FrameArithmetic.h"
+#include "detail/GuidText.h"
+
+namespace Kov {
+namespace Replivo {
+namespace Tollan {
+namespace TimelineEngineConversion {
+
+using BusinessEntityModel::BaseTypes::Identifier;
+using Data::Clips::UmId;
+
+namespace {
+
+// Only the leading characters of the playlist's id decide whether it names a
+// timeline; an id that differs from the empty one only further on gives an
+// empty timeline id, by design.
+constexpr std::size_t kTimelineIdPrefixLength = 8;
+
+Identifier TimelineIdentifier(const UmId& umId) {
+  if (std::strncmp(umId.GetUmId(), UmId::Empty().GetUmId(), kTimelineIdPrefixLength) == 0) {
+    return Identifier();
+  }
+  return detail::SequenceIdentifier(umId);
+}
+
+// The end of the last media item that has a known end, walking back from the
+// last item; transition items and ends of -1 do not count.
+std::int64_t DurationFromTrackItems(const TimelineEngineModel::Track& track) {
+  for (auto item = track.items.rbegin(); item != track.items.rend(); ++item) {
+    if ((*item)->GetType() != TimelineEngineModel::MediaSummary) {
+      continue;
+    }
+    // Every item of type MediaSummary on a track built here is a MediaSummaryItem.
+    const auto& media = static_cast<const TimelineEngineModel::MediaSummaryItem&>(**item);
+    const std::int64_t videoEnd = detail::WrappingAdd(media.timelineVideoIn, media.timelineVideoDuration);
+    const std::int64_t audioEnd = detail::WrappingAdd(media.timelineAudioIn, media.timelineAudioDuration);
+    const std::int64_t end = audioEnd > videoEnd ? audioEnd : videoEnd;
+    if (end != -1) {
+      return end;
+    }
+  }
+  return 0;
+}
+
+}  // namespace
+
+TimelineEngineModel::Timeline TimelineConverter::ToTimeline(
+    const Data::Sequences::Playlist& playlist, DurationMode mode,
+    std::shared_ptr<DataModel::MediaAssets::MediaAssetMap> mediaAssets) {
+  if (!mediaAssets) {
+    mediaAssets = std::make_shared<DataModel::MediaAssets::MediaAssetMap>();
+  }
+  const ExternalSequenceInfo info{TimelineIdentifier(playlist.umId), playlist.rate,
+                                  std::move(mediaAssets)};
+
+  TimelineEngineModel::Timeline timeline;
+  timeline.id = info.timelineId;
+  timeline.secondaryId = Identifier::Empty();
+
+  // Every asset first, so a bad asset fails the call even when no element uses it.
+  timeline.mediaInfos.reserve(info.mediaAssets->size());
+  for (const auto& entry : *info.mediaAssets) {
+    timeline.mediaInfos.push_back(MediaInfoConverter::ToMediaInfo(entry.second, info.rate));
+  }
+
+  timeline.tracks.push_back(TrackConverter::ToTrack(playlist.audioVideoTrack, 0, info));
+
+  // Before the aux track is added: the aux track never sets the duration.
+  timeline.duration = mode == FromTrackItems ? DurationFromTrackItems(timeline.tracks.back())
+                                             : playlist.durationInFields / 2;
+
+  if (playlist.auxTrackUmId != UmId::Empty()) {
+    timeline.tracks.push_back(TrackConverter::PlaylistAuxTrackToTrack(playlist, info));
+  }
+  return timeline;
+}
+
+std::vector<Identifier> TimelineConverter::ListAssetsFromPlaylist(
+    const Data::Sequences::Playlist& playlist) {
+  const auto& elements = playlist.audioVideoTrack.elements;
+  std::vector<Identifier> assets;
+  assets.reserve(elements.size() + 1);
+  if (playlist.auxTrackUmId != UmId::Empty()) {
+    assets.push_back(detail::ClipAssetIdentifier(playlist.auxTrackUmId));
+  }
+  for (const auto& element : elements) {
+    assets.push_back(detail::ClipAssetIdentifier(element.umId));
+  }
+  return assets;
+}
+
+}  // namespace TimelineEngineConversion
+}  // namespace Tollan
+}  // namespace Replivo
+}  // namespace Kov

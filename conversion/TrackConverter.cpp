@@ -1,0 +1,287 @@
+// TrackConverter: media and transition items, whole tracks, the aux track.
+#include "TrackConverter.h"
+
+#include <limits>
+#include <stdexcept>
+#include <string>
+
+#include "detail/AssetLookup.h"
+#include "detail/FrameArithmetic.h"
+#include "detail/GuidText.h"
+
+namespace Kov {
+namespace Replivo {
+namespace Tollan {
+namespace TimelineEngineConversion {
+
+using BusinessEntityModel::BaseTypes::Identifier;
+using Data::Sequences::AudioElement;
+using Data::Sequences::AudioVideoElement;
+using Data::Sequences::Element;
+using Data::Sequences::VideoElement;
+using TimelineEngineModel::FxTransitionItem;
+using TimelineEngineModel::MediaSummaryItem;
+using TimelineEngineModel::TransitionEffect;
+
+namespace {
+
+// Every track that the conversion builds is of this engine type.
+constexpr std::int32_t kTrackType = 1;
+// The effect kind whose transition overlaps the two items it joins.
+constexpr std::int32_t kOverlappingEffectKind = 2;
+// The aux track's index: -1 as unsigned, so index + 1 wraps to 0.
+constexpr unsigned kAuxTrackIndex = std::numeric_limits<unsigned>::max();
+
+constexpr const char kAuxAssetNotFound[] = "MediaAsset for aux-track not found";
+
+// A media length on the timeline at a speed. Open-ended material (-1) takes no
+// room; a speed without numerator scales every length to 0.
+std::int64_t TimelineLength(std::int64_t mediaLength, const Data::Channels::Speed& speed) {
+  if (mediaLength == -1 || speed.numerator == 0) {
+    return 0;
+  }
+  return detail::WrappingDivide(detail::WrappingMultiply(mediaLength, speed.denominator),
+                                speed.numerator);
+}
+
+// The picture or the sound side of a track, as the transition checks see it.
+struct Side {
+  const char* name;
+  std::int64_t CurrentSequencePlayStatus::*position;
+  std::int64_t MediaSummaryItem::*timelineDuration;
+};
+
+constexpr Side kVideoSide{"video", &CurrentSequencePlayStatus::position,
+                          &MediaSummaryItem::timelineVideoDuration};
+constexpr Side kAudioSide{"audio", &CurrentSequencePlayStatus::secondPosition,
+                          &MediaSummaryItem::timelineAudioDuration};
+
+// An overlapping transition pulls the next item back by its offset:
+//
+//   previous  |==========|            position before:  100
+//   next                 |======      kind 2, offset 10
+//   next after pull-back |=====       starts at 90, overlapping the previous item
+//             ..........[tttt]
+//
+// Then the part before the cut (offset) must fit the previous item; a previous
+// item with no length is never tested. The message names the element that
+// carries the transition.
+void OpenTransition(const Side& side, const TransitionEffect& effect,
+                    CurrentSequencePlayStatus& status, const MediaSummaryItem& previous,
+                    std::int32_t playlistNumber, std::int32_t itemNumber) {
+  if (effect.kind == kOverlappingEffectKind) {
+    status.*side.position = detail::WrappingSubtract(status.*side.position, effect.offset);
+  }
+  const std::int64_t previousLength = previous.*side.timelineDuration;
+  if (previousLength > 0 && previousLength < effect.offset) {
+    throw std::logic_error("The playlist PL" + std::to_string(playlistNumber) +
+                           " cannot be edited - contains track item (" + std::to_string(itemNumber) +
+                           ") with a shorter " + side.name +
+                           " duration than their transition duration.");
+  }
+}
+
+// The part after the cut (duration - offset) must fit the current item.
+void CheckAfterCut(const Side& side, const TransitionEffect& effect, const MediaSummaryItem& current,
+                   std::int32_t playlistNumber) {
+  const std::int64_t currentLength = current.*side.timelineDuration;
+  if (currentLength > 0 && detail::WrappingSubtract(effect.duration, effect.offset) > currentLength) {
+    throw std::logic_error("The playlist PL" + std::to_string(playlistNumber) +
+                           " cannot be edited - it contains track items with a shorter " +
+                           side.name + " duration than their transition duration.");
+  }
+}
+
+// The audio transition kind of an element: its own field on an audio-video
+// element, the single transition field on an audio element.
+std::int32_t AudioTransitionKind(const AudioVideoElement& element) {
+  return element.audioTransitionType;
+}
+std::int32_t AudioTransitionKind(const AudioElement& element) { return element.transitionType; }
+
+// One sequence track to one engine track; Kind says which transitions the
+// elements of TrackT carry (video, audio or both, video first).
+template <Element::Type Kind, typename TrackT>
+TimelineEngineModel::Track ToTrackCommon(const TrackT& track, unsigned index,
+                                         const ExternalSequenceInfo& info) {
+  constexpr bool kHasVideo = Kind != Element::Audio;
+  constexpr bool kHasAudio = Kind != Element::Video;
+
+  TimelineEngineModel::Track result;
+  result.id = TrackConverter::TimelineIdToTrackId(info.timelineId, index);
+  result.type = kTrackType;
+  if (track.elements.empty()) {
+    return result;
+  }
+
+  CurrentSequencePlayStatus status;
+  // The first element's transition is never read: nothing precedes it.
+  const auto& first = track.elements.at(0);
+  const std::int32_t playlistNumber = first.playlistNumber;
+  std::shared_ptr<MediaSummaryItem> previous = TrackConverter::ToMediaSummaryItem(first, status, info);
+  result.items.push_back(previous);
+
+  for (std::size_t i = 1; i < track.elements.size(); ++i) {
+    const auto& element = track.elements[i];
+    std::shared_ptr<FxTransitionItem> video;
+    std::shared_ptr<FxTransitionItem> audio;
+    if constexpr (kHasVideo) {
+      if (element.transitionType != 0) {
+        video = TrackConverter::ToFxVideoTransitionItem(element);
+        if (video) {
+          OpenTransition(kVideoSide, video->FxTransition(), status, *previous, playlistNumber,
+                         element.itemNumber);
+        }
+      }
+    }
+    if constexpr (kHasAudio) {
+      if (AudioTransitionKind(element) != 0) {
+        audio = TrackConverter::ToFxAudioTransitionItem(element);
+        if (audio) {
+          OpenTransition(kAudioSide, audio->FxTransition(), status, *previous, playlistNumber,
+                         element.itemNumber);
+        }
+      }
+    }
+
+    std::shared_ptr<MediaSummaryItem> current =
+        TrackConverter::ToMediaSummaryItem(element, status, info);
+    if (video) {
+      CheckAfterCut(kVideoSide, video->FxTransition(), *current, playlistNumber);
+    }
+    if (audio) {
+      CheckAfterCut(kAudioSide, audio->FxTransition(), *current, playlistNumber);
+    }
+
+    if (video) {
+      result.items.push_back(std::move(video));
+    }
+    if (audio) {
+      result.items.push_back(std::move(audio));
+    }
+    result.items.push_back(current);
+    previous = std::move(current);
+  }
+  return result;
+}
+
+// A transition item of the given class, or empty when its effect is of kind 0.
+template <typename ItemT>
+std::unique_ptr<FxTransitionItem> ToTransitionItem(Identifier id, const TransitionEffect& effect) {
+  std::unique_ptr<FxTransitionItem> item(new ItemT(std::move(id)));
+  item->FxTransition(effect);
+  if (item->FxTransition().kind == 0) {
+    item.reset();
+  }
+  return item;
+}
+
+}  // namespace
+
+std::unique_ptr<MediaSummaryItem> TrackConverter::ToMediaSummaryItem(
+    const Element& element, CurrentSequencePlayStatus& status, const ExternalSequenceInfo& info) {
+  std::unique_ptr<MediaSummaryItem> item(new MediaSummaryItem(
+      detail::GuidToIdentifier(Data::Sequences::Elements::Guid(element.number, element.serverId))));
+  // Bounds first: should they throw, the status has not been touched.
+  MediaBounds bounds = TimeConverter::ToMediaBounds(element, info);
+  item->mediaId = std::move(bounds.mediaId);
+  item->mediaVideoIn = bounds.videoIn;
+  item->mediaVideoDuration = bounds.videoDuration;
+  item->mediaAudioIn = bounds.audioIn;
+  item->mediaAudioDuration = bounds.audioDuration;
+
+  if (status.position < 0) {
+    status.position = 0;
+  }
+  if (status.secondPosition < 0) {
+    status.secondPosition = 0;
+  }
+  item->timelineVideoIn = status.position;
+  item->timelineAudioIn = status.secondPosition;
+
+  // An element without a speed of its own plays at the speed of the one before.
+  if (element.speed != Data::Channels::Speed::Empty() && element.speed.numerator != 0) {
+    status.speed = element.speed;
+  }
+  item->timelineVideoDuration = TimelineLength(item->mediaVideoDuration, status.speed);
+  item->timelineAudioDuration = TimelineLength(item->mediaAudioDuration, status.speed);
+
+  status.position = detail::WrappingAdd(item->timelineVideoIn, item->timelineVideoDuration);
+  status.secondPosition = detail::WrappingAdd(item->timelineAudioIn, item->timelineAudioDuration);
+  return item;
+}
+
+std::unique_ptr<FxTransitionItem> TrackConverter::ToFxVideoTransitionItem(const Element& element) {
+  return ToTransitionItem<TimelineEngineModel::FxVideoTransitionItem>(
+      ElementIdToTransitionId<Video>(element), TimeConverter::ToVideoTransitionBounds(element));
+}
+
+std::unique_ptr<FxTransitionItem> TrackConverter::ToFxAudioTransitionItem(const Element& element) {
+  return ToTransitionItem<TimelineEngineModel::FxAudioTransitionItem>(
+      ElementIdToTransitionId<Audio>(element), TimeConverter::ToAudioTransitionBounds(element));
+}
+
+Identifier TrackConverter::TimelineIdToTrackId(const Identifier& timelineId, unsigned index) {
+  // Unsigned on purpose: the aux track's index 4294967295 becomes track number 0.
+  const std::string digits = std::to_string(index + 1u);
+  const std::string& text = timelineId.Text();
+  if (digits.size() > text.size()) {
+    return Identifier(text + digits);
+  }
+  return Identifier(text.substr(0, text.size() - digits.size()) + digits);
+}
+
+TimelineEngineModel::Track TrackConverter::ToTrack(
+    const Data::Sequences::Track<VideoElement>& track, unsigned index,
+    const ExternalSequenceInfo& info) {
+  return ToTrackCommon<Element::Video>(track, index, info);
+}
+
+TimelineEngineModel::Track TrackConverter::ToTrack(const Data::Sequences::AudioTrack& track,
+                                                   unsigned index,
+                                                   const ExternalSequenceInfo& info) {
+  return ToTrackCommon<Element::Audio>(track, index, info);
+}
+
+TimelineEngineModel::Track TrackConverter::ToTrack(
+    const Data::Sequences::Track<AudioVideoElement>& track, unsigned index,
+    const ExternalSequenceInfo& info) {
+  return ToTrackCommon<Element::AudioVideo>(track, index, info);
+}
+
+TimelineEngineModel::Track TrackConverter::PlaylistAuxTrackToTrack(
+    const Data::Sequences::Playlist& playlist, const ExternalSequenceInfo& info) {
+  TimelineEngineModel::Track track;
+  track.id = TimelineIdToTrackId(info.timelineId, kAuxTrackIndex);
+  track.type = kTrackType;
+
+  std::unique_ptr<MediaSummaryItem> item(new MediaSummaryItem(detail::GuidToIdentifier(
+      Data::Sequences::Elements::Guid(playlist.number, playlist.serverId,
+                                      Data::Sequences::Elements::Guid::AuxTrack))));
+  item->mediaId = detail::ClipAssetIdentifier(playlist.auxTrackUmId);
+  const DataModel::MediaAssets::MediaAsset* asset = detail::FindAsset(info, item->mediaId);
+  if (asset == nullptr) {
+    throw std::runtime_error(kAuxAssetNotFound);
+  }
+  const LimitInAndDuration shortRange =
+      TimeConverter::GetShortInAndDurationFromMediaAsset(*asset, playlist.rate);
+
+  // Sound only, from the start of the timeline. The short range's length is
+  // halved once more while its in-point is not: that asymmetry is the
+  // behaviour the engine's callers rely on. An open end (-1) gives 0 already;
+  // a half of -1 is taken as 0 too.
+  std::int64_t half = shortRange.duration / 2;
+  if (half == -1) {
+    half = 0;
+  }
+  item->mediaAudioIn = shortRange.limitIn;
+  item->mediaAudioDuration = half;
+  item->timelineAudioDuration = half;
+  track.items.push_back(std::move(item));
+  return track;
+}
+
+}  // namespace TimelineEngineConversion
+}  // namespace Tollan
+}  // namespace Replivo
+}  // namespace Kov

@@ -1,0 +1,22 @@
+// Track: one lane of the timeline, sharing its items in timeline order.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "../input-models/Identifier.h"
+#include "TrackItem.h"
+
+namespace Kov {
+namespace TimelineEngineModel {
+
+struct Track {
+  BusinessEntityModel::BaseTypes::Identifier id;
+  // Every track built by the conversion is of type 1.
+  std::int32_t type = 0;
+  std::vector<std::shared_ptr<TrackItem>> items;
+};
+
+}  // namespace TimelineEngineModel
+}  // namespace Kov
