@@ -146,7 +146,8 @@ TransitionEffect ToEffect(const std::array<TransitionRule, N>& rules, std::int32
 
 TimePoints::Rate TimeConverter::GetMediaAssetRate(const MediaAsset& asset) {
   RequireRecordedRanges(asset);
-  const auto found = asset.metadataProfiles.find(KytOperatorMetadataProfile::StaticFullyQualifiedName());
+  const auto found =
+      asset.metadataProfiles.find(KytOperatorMetadataProfile::StaticFullyQualifiedName());
   // A null profile, or one of another class stored under the name, counts as absent.
   const auto* profile = found == asset.metadataProfiles.end()
                             ? nullptr
@@ -175,8 +176,8 @@ LimitInAndDuration TimeConverter::GetMediaAssetLimitInAndDuration(const MediaAss
   return {0, duration};
 }
 
-LimitInAndDuration TimeConverter::GetShortInAndDurationFromMediaAsset(const MediaAsset& asset,
-                                                                      const TimePoints::Rate& rate) {
+LimitInAndDuration TimeConverter::GetShortInAndDurationFromMediaAsset(
+    const MediaAsset& asset, const TimePoints::Rate& rate) {
   if (asset.assetKind == 1) {
     return GetMediaAssetLimitInAndDuration(asset, rate);
   }
@@ -186,7 +187,8 @@ LimitInAndDuration TimeConverter::GetShortInAndDurationFromMediaAsset(const Medi
   if (IsOpenEnded(asset.shortBounds.end)) {
     return {limitIn, -1};
   }
-  return {limitIn, detail::WrappingSubtract(FramesBetween(asset.shortBounds.end, first, rate), limitIn)};
+  return {limitIn,
+          detail::WrappingSubtract(FramesBetween(asset.shortBounds.end, first, rate), limitIn)};
 }
 
 long long TimeConverter::FieldInToRelativeFromBeginning(long long inValue, long long outValue,
@@ -260,15 +262,17 @@ MediaBounds TimeConverter::ToMediaBounds(const Element& element, const ExternalS
     case Element::AudioVideo:
       if (const auto* both = AsRecord<AudioVideoElement>(element)) {
         // Both IN positions first, then both lengths.
-        bounds.videoIn =
-            FieldInToRelativeFromBeginning(both->videoInValue, both->videoOutValue, element, *asset, rate);
-        bounds.audioIn =
-            FieldInToRelativeFromBeginning(both->audioInValue, both->audioOutValue, element, *asset, rate);
+        bounds.videoIn = FieldInToRelativeFromBeginning(both->videoInValue, both->videoOutValue,
+                                                        element, *asset, rate);
+        bounds.audioIn = FieldInToRelativeFromBeginning(both->audioInValue, both->audioOutValue,
+                                                        element, *asset, rate);
         bounds.videoDuration = detail::WrappingSubtract(
-            FieldOutToRelativeFromBeginning(bounds.videoIn, both->videoOutValue, element, *asset, rate),
+            FieldOutToRelativeFromBeginning(bounds.videoIn, both->videoOutValue, element, *asset,
+                                            rate),
             bounds.videoIn);
         bounds.audioDuration = detail::WrappingSubtract(
-            FieldOutToRelativeFromBeginning(bounds.audioIn, both->audioOutValue, element, *asset, rate),
+            FieldOutToRelativeFromBeginning(bounds.audioIn, both->audioOutValue, element, *asset,
+                                            rate),
             bounds.audioIn);
       }
       break;

@@ -40,8 +40,10 @@ std::int64_t DurationFromTrackItems(const TimelineEngineModel::Track& track) {
     }
     // Every item of type MediaSummary on a track built here is a MediaSummaryItem.
     const auto& media = static_cast<const TimelineEngineModel::MediaSummaryItem&>(**item);
-    const std::int64_t videoEnd = detail::WrappingAdd(media.timelineVideoIn, media.timelineVideoDuration);
-    const std::int64_t audioEnd = detail::WrappingAdd(media.timelineAudioIn, media.timelineAudioDuration);
+    const std::int64_t videoEnd =
+        detail::WrappingAdd(media.timelineVideoIn, media.timelineVideoDuration);
+    const std::int64_t audioEnd =
+        detail::WrappingAdd(media.timelineAudioIn, media.timelineAudioDuration);
     const std::int64_t end = audioEnd > videoEnd ? audioEnd : videoEnd;
     if (end != -1) {
       return end;

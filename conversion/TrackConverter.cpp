@@ -75,17 +75,18 @@ void OpenTransition(const Side& side, const TransitionEffect& effect,
   const std::int64_t previousLength = previous.*side.timelineDuration;
   if (previousLength > 0 && previousLength < effect.offset) {
     throw std::logic_error("The playlist PL" + std::to_string(playlistNumber) +
-                           " cannot be edited - contains track item (" + std::to_string(itemNumber) +
-                           ") with a shorter " + side.name +
+                           " cannot be edited - contains track item (" +
+                           std::to_string(itemNumber) + ") with a shorter " + side.name +
                            " duration than their transition duration.");
   }
 }
 
 // The part after the cut (duration - offset) must fit the current item.
-void CheckAfterCut(const Side& side, const TransitionEffect& effect, const MediaSummaryItem& current,
-                   std::int32_t playlistNumber) {
+void CheckAfterCut(const Side& side, const TransitionEffect& effect,
+                   const MediaSummaryItem& current, std::int32_t playlistNumber) {
   const std::int64_t currentLength = current.*side.timelineDuration;
-  if (currentLength > 0 && detail::WrappingSubtract(effect.duration, effect.offset) > currentLength) {
+  if (currentLength > 0 &&
+      detail::WrappingSubtract(effect.duration, effect.offset) > currentLength) {
     throw std::logic_error("The playlist PL" + std::to_string(playlistNumber) +
                            " cannot be edited - it contains track items with a shorter " +
                            side.name + " duration than their transition duration.");
@@ -97,7 +98,9 @@ void CheckAfterCut(const Side& side, const TransitionEffect& effect, const Media
 std::int32_t AudioTransitionKind(const AudioVideoElement& element) {
   return element.audioTransitionType;
 }
-std::int32_t AudioTransitionKind(const AudioElement& element) { return element.transitionType; }
+std::int32_t AudioTransitionKind(const AudioElement& element) {
+  return element.transitionType;
+}
 
 // One sequence track to one engine track; Kind says which transitions the
 // elements of TrackT carry (video, audio or both, video first).
@@ -118,7 +121,8 @@ TimelineEngineModel::Track ToTrackCommon(const TrackT& track, unsigned index,
   // The first element's transition is never read: nothing precedes it.
   const auto& first = track.elements.at(0);
   const std::int32_t playlistNumber = first.playlistNumber;
-  std::shared_ptr<MediaSummaryItem> previous = TrackConverter::ToMediaSummaryItem(first, status, info);
+  std::shared_ptr<MediaSummaryItem> previous =
+      TrackConverter::ToMediaSummaryItem(first, status, info);
   result.items.push_back(previous);
 
   for (std::size_t i = 1; i < track.elements.size(); ++i) {
@@ -255,9 +259,9 @@ TimelineEngineModel::Track TrackConverter::PlaylistAuxTrackToTrack(
   track.id = TimelineIdToTrackId(info.timelineId, kAuxTrackIndex);
   track.type = kTrackType;
 
-  std::unique_ptr<MediaSummaryItem> item(new MediaSummaryItem(detail::GuidToIdentifier(
-      Data::Sequences::Elements::Guid(playlist.number, playlist.serverId,
-                                      Data::Sequences::Elements::Guid::AuxTrack))));
+  std::unique_ptr<MediaSummaryItem> item(
+      new MediaSummaryItem(detail::GuidToIdentifier(Data::Sequences::Elements::Guid(
+          playlist.number, playlist.serverId, Data::Sequences::Elements::Guid::AuxTrack))));
   item->mediaId = detail::ClipAssetIdentifier(playlist.auxTrackUmId);
   const DataModel::MediaAssets::MediaAsset* asset = detail::FindAsset(info, item->mediaId);
   if (asset == nullptr) {

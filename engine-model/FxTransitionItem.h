@@ -44,7 +44,8 @@ class TIMELINE_ENGINE_CONVERSION_API FxTransitionItem : public TrackItem {
 
 class TIMELINE_ENGINE_CONVERSION_API FxVideoTransitionItem : public FxTransitionItem {
  public:
-  FxVideoTransitionItem() : FxTransitionItem(BusinessEntityModel::BaseTypes::Identifier(), FxVideoTransition) {}
+  FxVideoTransitionItem()
+      : FxTransitionItem(BusinessEntityModel::BaseTypes::Identifier(), FxVideoTransition) {}
   explicit FxVideoTransitionItem(BusinessEntityModel::BaseTypes::Identifier id)
       : FxTransitionItem(std::move(id), FxVideoTransition) {}
   FxVideoTransitionItem(const FxVideoTransitionItem&) = default;
@@ -58,7 +59,8 @@ class TIMELINE_ENGINE_CONVERSION_API FxVideoTransitionItem : public FxTransition
 
 class TIMELINE_ENGINE_CONVERSION_API FxAudioTransitionItem : public FxTransitionItem {
  public:
-  FxAudioTransitionItem() : FxTransitionItem(BusinessEntityModel::BaseTypes::Identifier(), FxAudioTransition) {}
+  FxAudioTransitionItem()
+      : FxTransitionItem(BusinessEntityModel::BaseTypes::Identifier(), FxAudioTransition) {}
   explicit FxAudioTransitionItem(BusinessEntityModel::BaseTypes::Identifier id)
       : FxTransitionItem(std::move(id), FxAudioTransition) {}
   FxAudioTransitionItem(const FxAudioTransitionItem&) = default;

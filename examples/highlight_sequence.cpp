@@ -28,7 +28,7 @@ Sequences::AudioVideoElement Element(unsigned number, int itemNumber, const char
   element.playlistNumber = 12;
   element.itemNumber = itemNumber;
   element.umId = Data::Clips::UmId(clip);
-  element.inBoundaryKind = Conversion::SameLimit;      // IN from the clip's start
+  element.inBoundaryKind = Conversion::SameLimit;       // IN from the clip's start
   element.outBoundaryKind = Conversion::OppositeLimit;  // OUT from the clip's start
   element.videoInValue = element.audioInValue = inField;
   element.videoOutValue = element.audioOutValue = outField;

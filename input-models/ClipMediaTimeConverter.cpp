@@ -36,8 +36,8 @@ std::int64_t ClipMediaTimeConverter::TimeBoundaryToFields(const TimePoints::Time
                : static_cast<std::uint64_t>(toValue) - static_cast<std::uint64_t>(fromValue);
 
   // Both factors are below 2^64, so the product fits 128 unsigned bits exactly.
-  const UInt128 scaled =
-      static_cast<UInt128>(distance) * (kFieldsPerFrame * static_cast<std::uint64_t>(rate.numerator));
+  const UInt128 scaled = static_cast<UInt128>(distance) *
+                         (kFieldsPerFrame * static_cast<std::uint64_t>(rate.numerator));
   const UInt128 divisor = static_cast<UInt128>(rate.denominator) * kTicksPerSecond;
   UInt128 quotient = scaled / divisor;
   const UInt128 remainder = scaled % divisor;

@@ -11,16 +11,24 @@ namespace {
 constexpr Element::Type kUnhandledType = static_cast<Element::Type>(-1);
 }  // namespace
 
-Element::Type Element::GetType() const { return kUnhandledType; }
+Element::Type Element::GetType() const {
+  return kUnhandledType;
+}
 Element::~Element() = default;
 
-Element::Type VideoElement::GetType() const { return Video; }
+Element::Type VideoElement::GetType() const {
+  return Video;
+}
 VideoElement::~VideoElement() = default;
 
-Element::Type AudioElement::GetType() const { return Audio; }
+Element::Type AudioElement::GetType() const {
+  return Audio;
+}
 AudioElement::~AudioElement() = default;
 
-Element::Type AudioVideoElement::GetType() const { return AudioVideo; }
+Element::Type AudioVideoElement::GetType() const {
+  return AudioVideo;
+}
 AudioVideoElement::~AudioVideoElement() = default;
 
 }  // namespace Sequences

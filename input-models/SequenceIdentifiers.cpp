@@ -73,7 +73,9 @@ Guid::Guid(unsigned number, const Servers::ServerId& serverId, Category category
 }  // namespace Elements
 }  // namespace Sequences
 
-void Guid::SetFamily(std::uint32_t family) { SetWord(0, family); }
+void Guid::SetFamily(std::uint32_t family) {
+  SetWord(0, family);
+}
 
 void Guid::SetWord(unsigned wordIndex, std::uint32_t value) {
   for (unsigned i = 0; i < 4; ++i) {

@@ -31,7 +31,9 @@ constexpr std::int64_t WrappingDivide(std::int64_t dividend, std::int64_t diviso
 
 // A count of video fields as frames: two fields to a frame, truncating toward
 // zero (7 gives 3, -7 gives -3), whatever the rate.
-constexpr std::int64_t FieldsToFrames(std::int64_t fields) { return fields / 2; }
+constexpr std::int64_t FieldsToFrames(std::int64_t fields) {
+  return fields / 2;
+}
 
 }  // namespace detail
 }  // namespace TimelineEngineConversion

@@ -19,11 +19,13 @@ inline BusinessEntityModel::BaseTypes::Identifier GuidToIdentifier(const Data::G
   return BusinessEntityModel::BaseTypes::Identifier(guid.ToString(buffer, sizeof buffer));
 }
 
-inline BusinessEntityModel::BaseTypes::Identifier ClipAssetIdentifier(const Data::Clips::UmId& umId) {
+inline BusinessEntityModel::BaseTypes::Identifier ClipAssetIdentifier(
+    const Data::Clips::UmId& umId) {
   return GuidToIdentifier(Data::Clips::Guid(std::string(umId.GetUmId())));
 }
 
-inline BusinessEntityModel::BaseTypes::Identifier SequenceIdentifier(const Data::Clips::UmId& umId) {
+inline BusinessEntityModel::BaseTypes::Identifier SequenceIdentifier(
+    const Data::Clips::UmId& umId) {
   return GuidToIdentifier(Data::Sequences::Guid(std::string(umId.GetUmId())));
 }
 

@@ -42,7 +42,8 @@ Assets::MediaAsset AssetWithLayout(const std::shared_ptr<Assets::TrackLayout>& l
 
 std::string TracksText(std::initializer_list<std::int32_t> kinds) {
   const LayoutFixture fixture(kinds);
-  return MediaInfoConverter::ToMediaInfo(AssetWithLayout(fixture.layout), kRate50).tracksDescription;
+  return MediaInfoConverter::ToMediaInfo(AssetWithLayout(fixture.layout), kRate50)
+      .tracksDescription;
 }
 
 TEST(MediaInfoConverter, TimingComesFromTheRecordedRanges) {
@@ -54,12 +55,13 @@ TEST(MediaInfoConverter, TimingComesFromTheRecordedRanges) {
   EXPECT_EQ(0, info.duration);
   EXPECT_EQ("", info.tracksDescription);
 
-  info = MediaInfoConverter::ToMediaInfo(AssetWithRanges("CLIP", {FieldRange(0, 10), OpenRange(90)}),
-                                         kRate50);
+  info = MediaInfoConverter::ToMediaInfo(
+      AssetWithRanges("CLIP", {FieldRange(0, 10), OpenRange(90)}), kRate50);
   EXPECT_EQ(AssetIdOf("CLIP"), info.id);
   EXPECT_EQ(-1, info.duration);
-  EXPECT_EQ(100, MediaInfoConverter::ToMediaInfo(AssetWithRanges("CLIP", {FieldRange(0, 200)}), kRate50)
-                     .duration);
+  EXPECT_EQ(100,
+            MediaInfoConverter::ToMediaInfo(AssetWithRanges("CLIP", {FieldRange(0, 200)}), kRate50)
+                .duration);
 }
 
 TEST(MediaInfoConverter, ListsPictureTracksBeforeSoundTracks) {
@@ -81,8 +83,8 @@ TEST(MediaInfoConverter, EmptyKeysMeanNoDescriptionAndMissingObjectsThrow) {
   EXPECT_EQ("", MediaInfoConverter::ToMediaInfo(asset, kRate50).tracksDescription);
   EXPECT_EQ("", MediaInfoConverter::ToMediaInfo(AssetWithLayout(fixture.layout, ""), kRate50)
                     .tracksDescription);
-  EXPECT_EQ("", MediaInfoConverter::ToMediaInfo(AssetWithLayout(nullptr, ""), kRate50)
-                    .tracksDescription);
+  EXPECT_EQ(
+      "", MediaInfoConverter::ToMediaInfo(AssetWithLayout(nullptr, ""), kRate50).tracksDescription);
 
   ExpectThrowExactly<std::runtime_error>(
       [] { MediaInfoConverter::ToMediaInfo(AssetWithLayout(nullptr), kRate50); }, "null pointer");
@@ -99,7 +101,9 @@ TEST(MediaInfoConverter, EmptyKeysMeanNoDescriptionAndMissingObjectsThrow) {
 TEST(MediaInfoConverter, TimingFailuresPassThrough) {
   Assets::MediaAsset asset = AssetWithRanges("CLIP", {FieldRange(0, 200)});
   ExpectThrowExactly<std::invalid_argument>(
-      [&] { MediaInfoConverter::ToMediaInfo(asset, Kov::TimePoints::Rate{0, 1}); },
+      [&] {
+        MediaInfoConverter::ToMediaInfo(asset, Kov::TimePoints::Rate{0, 1});
+      },
       "TimeBoundaryToFields: the rate needs a positive numerator and denominator");
 }
 

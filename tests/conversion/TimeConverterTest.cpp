@@ -26,9 +26,12 @@ constexpr const char* kNotFound = "MediaAsset for sequence track item not found"
 const Kov::TimePoints::Rate kRate50 = Kov::TimePoints::VideoRates::Rate50();
 
 // An asset of 1000 frames (2000 fields).
-Assets::MediaAsset ThousandFrameAsset() { return AssetWithRanges("CLIP", {FieldRange(0, 2000)}); }
+Assets::MediaAsset ThousandFrameAsset() {
+  return AssetWithRanges("CLIP", {FieldRange(0, 2000)});
+}
 
-Kov::TimePoints::Rate RateFor(const std::shared_ptr<Kov::BusinessEntityModel::BaseTypes::MetadataProfile>& profile) {
+Kov::TimePoints::Rate RateFor(
+    const std::shared_ptr<Kov::BusinessEntityModel::BaseTypes::MetadataProfile>& profile) {
   Assets::MediaAsset asset = ThousandFrameAsset();
   asset.metadataProfiles[Assets::KytOperatorMetadataProfile::StaticFullyQualifiedName()] = profile;
   return TimeConverter::GetMediaAssetRate(asset);
@@ -110,13 +113,13 @@ struct BoundaryCase {
 
 TEST(TimeConverter, BoundariesResolveByKindOnAThousandFrameAsset) {
   const BoundaryCase cases[] = {
-      {1, 2, 7, 100, 3, 47},     // IN from the start, truncated; OUT from the start
-      {1, 2, -7, 100, -3, 53},   // truncation toward zero
+      {1, 2, 7, 100, 3, 47},       // IN from the start, truncated; OUT from the start
+      {1, 2, -7, 100, -3, 53},     // truncation toward zero
       {2, 1, 100, 200, 950, -50},  // IN back from the end; OUT back from the end
-      {3, 2, 10, 100, 45, 5},    // IN counted back from OUT
-      {3, 1, 10, 100, 945, 5},   // OUT back from the end, IN back from OUT
-      {1, 3, 20, 40, 10, 20},    // OUT a length after IN
-      {3, 3, 20, 40, 990, 20},   // both relative: IN from the end, OUT may pass it
+      {3, 2, 10, 100, 45, 5},      // IN counted back from OUT
+      {3, 1, 10, 100, 945, 5},     // OUT back from the end, IN back from OUT
+      {1, 3, 20, 40, 10, 20},      // OUT a length after IN
+      {3, 3, 20, 40, 990, 20},     // both relative: IN from the end, OUT may pass it
   };
   const auto info = InfoWith({ThousandFrameAsset()});
   for (const BoundaryCase& c : cases) {
@@ -238,12 +241,12 @@ Effect Of(const Kov::TimelineEngineModel::TransitionEffect& effect) {
 
 TEST(TimeConverter, VideoTransitionTable) {
   const Effect expected[] = {
-      {0, 0, 0},                                                                   // 0
-      {1, 0, 0},                                                                   // 1
-      {2, 12, 12}, {2, 12, 12}, {2, 12, 12}, {2, 12, 12}, {2, 12, 12},             // 2-6
-      {2, 12, 12}, {2, 12, 12}, {2, 12, 12}, {2, 12, 12}, {2, 12, 12},             // 7-11
-      {1, 12, 12}, {1, 0, 12}, {1, 6, 12}, {1, 12, 12}, {1, 0, 12}, {1, 6, 12},    // 12-17
-      {1, 12, 12}, {1, 0, 12}, {1, 6, 12},                                         // 18-20
+      {0, 0, 0},                                                                    // 0
+      {1, 0, 0},                                                                    // 1
+      {2, 12, 12}, {2, 12, 12}, {2, 12, 12}, {2, 12, 12}, {2, 12, 12},              // 2-6
+      {2, 12, 12}, {2, 12, 12}, {2, 12, 12}, {2, 12, 12}, {2, 12, 12},              // 7-11
+      {1, 12, 12}, {1, 0, 12},  {1, 6, 12},  {1, 12, 12}, {1, 0, 12},  {1, 6, 12},  // 12-17
+      {1, 12, 12}, {1, 0, 12},  {1, 6, 12},                                         // 18-20
   };
   for (std::int32_t kind = 0; kind <= 20; ++kind) {
     EXPECT_EQ(expected[kind], Of(VideoEffect(kind, 25))) << "kind " << kind;
@@ -256,7 +259,7 @@ TEST(TimeConverter, VideoTransitionTable) {
 
 TEST(TimeConverter, AudioTransitionTable) {
   const Effect expected[] = {
-      {0, 0, 0}, {1, 1, 2}, {1, 0, 0}, {2, 12, 12}, {2, 0, 1},
+      {0, 0, 0},  {1, 1, 2},   {1, 0, 0},  {2, 12, 12}, {2, 0, 1},
       {2, 0, 12}, {1, 12, 12}, {1, 0, 12}, {1, 6, 12},
   };
   for (std::int32_t kind = 0; kind <= 8; ++kind) {

@@ -91,22 +91,21 @@ Sequences::Playlist HighlightPlaylist() {
   auto third = WithVideoTransition(AvElement("CAM-A", 3, 1, 60, 200), 14, 10);
   third.speed = {1, 2};
   // E4: IN 0, OUT 50 after it, still at half speed.
-  return PlaylistOf({AvElement("CAM-A", 1, 2, 100, 300), second, third,
-                     AvElement("CAM-B", 1, 3, 0, 100)},
-                    "AUX");
+  return PlaylistOf(
+      {AvElement("CAM-A", 1, 2, 100, 300), second, third, AvElement("CAM-B", 1, 3, 0, 100)}, "AUX");
 }
 
 TEST(TimelineConverter, HighlightWithOverlapsSpeedChangeAndAuxClip) {
   const auto playlist = HighlightPlaylist();
-  const auto timeline = TimelineConverter::ToTimeline(playlist, TimelineConverter::FromTrackItems,
-                                                      HighlightAssets());
+  const auto timeline =
+      TimelineConverter::ToTimeline(playlist, TimelineConverter::FromTrackItems, HighlightAssets());
   ASSERT_EQ(2u, timeline.tracks.size());
   EXPECT_EQ((std::vector<std::string>{
-                "M 0+100 0+100 | 50+100 50+100",     // E1 at 0; positions 100, 100
-                "V 2 20/20",                         // pulls the picture back to 80
-                "A 2 10/10",                         // pulls the sound back to 90
+                "M 0+100 0+100 | 50+100 50+100",      // E1 at 0; positions 100, 100
+                "V 2 20/20",                          // pulls the picture back to 80
+                "A 2 10/10",                          // pulls the sound back to 90
                 "M 80+100 90+100 | 100+100 100+100",  // positions 180, 190
-                "V 1 2/5",                           // no pull-back
+                "V 1 2/5",                            // no pull-back
                 "M 180+60 190+60 | 1070+30 1070+30",  // 30 frames at half speed
                 "M 240+100 250+100 | 0+50 0+50",      // speed carried over
             }),
@@ -123,7 +122,9 @@ TEST(TimelineConverter, HighlightWithOverlapsSpeedChangeAndAuxClip) {
   EXPECT_EQ("", timeline.secondaryId.Text());
   ASSERT_EQ(3u, timeline.mediaInfos.size());
   for (const auto& info : timeline.mediaInfos) {
-    EXPECT_EQ(info.id == AssetIdOf("CAM-A") ? 1200 : info.id == AssetIdOf("CAM-B") ? 500 : 2000,
+    EXPECT_EQ(info.id == AssetIdOf("CAM-A")   ? 1200
+              : info.id == AssetIdOf("CAM-B") ? 500
+                                              : 2000,
               info.duration);
   }
 }
@@ -134,8 +135,8 @@ TEST(TimelineConverter, DurationWalkSkipsTransitionsAndEndsOfMinusOne) {
   // its transition item does not count either, so E2's end decides.
   auto third = WithVideoTransition(AvElement("CLIP", 1, 2, 4, 0), 1, 0);
   third.speed = {2, 1};
-  const auto playlist = PlaylistOf(
-      {AvElement("CLIP", 1, 2, 0, 200), AvElement("CLIP", 1, 2, 400, 0), third});
+  const auto playlist =
+      PlaylistOf({AvElement("CLIP", 1, 2, 0, 200), AvElement("CLIP", 1, 2, 400, 0), third});
   const auto assets = MapOf({AssetWithRanges("CLIP", {FieldRange(0, 2000)})});
   const auto timeline =
       TimelineConverter::ToTimeline(playlist, TimelineConverter::FromTrackItems, assets);
@@ -151,8 +152,7 @@ TEST(TimelineConverter, OpenEndedMaterialAndThePlaylistDuration) {
   // -1 frames, no room on the timeline. E2: IN 10 back from the end = -11, OUT 50.
   auto aux = AssetWithRanges("AUX", {FieldRange(0, 100), OpenRange(200)});
   aux.assetKind = 1;  // the whole material: open, so the aux item is empty
-  const auto assets =
-      MapOf({AssetWithRanges("LIVE", {FieldRange(0, 1000), OpenRange(2000)}), aux});
+  const auto assets = MapOf({AssetWithRanges("LIVE", {FieldRange(0, 1000), OpenRange(2000)}), aux});
   auto playlist =
       PlaylistOf({AvElement("LIVE", 1, 1, 0, 0), AvElement("LIVE", 2, 2, 20, 100)}, "AUX");
   playlist.durationInFields = 301;
@@ -168,13 +168,14 @@ TEST(TimelineConverter, OpenEndedMaterialAndThePlaylistDuration) {
   }
 
   // Any mode but 0 reads the playlist's own duration, truncated to frames.
-  for (const auto mode : {TimelineConverter::FromPlaylist,
-                          static_cast<TimelineConverter::DurationMode>(5)}) {
+  for (const auto mode :
+       {TimelineConverter::FromPlaylist, static_cast<TimelineConverter::DurationMode>(5)}) {
     EXPECT_EQ(150, TimelineConverter::ToTimeline(playlist, mode, assets).duration);
   }
   playlist.durationInFields = -7;
-  EXPECT_EQ(-3, TimelineConverter::ToTimeline(playlist, TimelineConverter::FromPlaylist, assets)
-                    .duration);
+  EXPECT_EQ(
+      -3,
+      TimelineConverter::ToTimeline(playlist, TimelineConverter::FromPlaylist, assets).duration);
 }
 
 TEST(TimelineConverter, EmptyPlaylistsAndIds) {
@@ -212,9 +213,8 @@ TEST(TimelineConverter, ListedAssetsAreExactlyTheLookedUpKeys) {
 }
 
 void ExpectRefused(const Sequences::Playlist& playlist,
-                   const std::shared_ptr<Assets::MediaAssetMap>& assets,
-                   const std::string& message, bool logicError = false,
-                   bool invalidArgument = false) {
+                   const std::shared_ptr<Assets::MediaAssetMap>& assets, const std::string& message,
+                   bool logicError = false, bool invalidArgument = false) {
   const auto convert = [&] {
     TimelineConverter::ToTimeline(playlist, TimelineConverter::FromTrackItems, assets);
   };
@@ -257,10 +257,14 @@ TEST(TimelineConverter, EveryRefusalReachesTheCaller) {
   };
   const std::string prefix = "The playlist PL3 cannot be edited - ";
   const std::string suffix = " duration than their transition duration.";
-  ExpectRefused(tooLong(2, 0), assets, prefix + "contains track item (2) with a shorter video" + suffix, true);
-  ExpectRefused(tooLong(0, 3), assets, prefix + "contains track item (2) with a shorter audio" + suffix, true);
-  ExpectRefused(tooLong(13, 0), assets, prefix + "it contains track items with a shorter video" + suffix, true);
-  ExpectRefused(tooLong(0, 7), assets, prefix + "it contains track items with a shorter audio" + suffix, true);
+  ExpectRefused(tooLong(2, 0), assets,
+                prefix + "contains track item (2) with a shorter video" + suffix, true);
+  ExpectRefused(tooLong(0, 3), assets,
+                prefix + "contains track item (2) with a shorter audio" + suffix, true);
+  ExpectRefused(tooLong(13, 0), assets,
+                prefix + "it contains track items with a shorter video" + suffix, true);
+  ExpectRefused(tooLong(0, 7), assets,
+                prefix + "it contains track items with a shorter audio" + suffix, true);
 
   // An asset that no element uses still fails the whole conversion.
   auto broken = *HighlightAssets();
@@ -286,8 +290,10 @@ TEST(TimelineConverter, EveryRefusalReachesTheCaller) {
 TEST(TimelineConverter, ConversionsAreRepeatableAndLeaveTheInputAlone) {
   const auto playlist = HighlightPlaylist();
   const auto assets = HighlightAssets();
-  const auto first = TimelineConverter::ToTimeline(playlist, TimelineConverter::FromTrackItems, assets);
-  const auto second = TimelineConverter::ToTimeline(playlist, TimelineConverter::FromTrackItems, assets);
+  const auto first =
+      TimelineConverter::ToTimeline(playlist, TimelineConverter::FromTrackItems, assets);
+  const auto second =
+      TimelineConverter::ToTimeline(playlist, TimelineConverter::FromTrackItems, assets);
   ASSERT_EQ(first.tracks.size(), second.tracks.size());
   for (std::size_t t = 0; t < first.tracks.size(); ++t) {
     ASSERT_EQ(first.tracks[t].items.size(), second.tracks[t].items.size());

@@ -78,20 +78,22 @@ TEST(TrackConverter, SpeedScalesLengthsAndCarriesOver) {
 
   // A status without numerator scales every length to 0 instead of dividing by zero.
   status.speed = {0, 1};
-  EXPECT_EQ(0, TrackConverter::ToMediaSummaryItem(Clip(0, 25), status, info)->timelineVideoDuration);
+  EXPECT_EQ(0,
+            TrackConverter::ToMediaSummaryItem(Clip(0, 25), status, info)->timelineVideoDuration);
 }
 
 TEST(TrackConverter, SpeedScalingWrapsInsteadOfTrapping) {
   // IN back from the end at 2^62, OUT at -2^62: a media length of exactly kMin.
-  auto element = AvElement("CLIP", Conversion::OppositeLimit, Conversion::OppositeLimit,
-                           2000 + kMin, kMin);
+  auto element =
+      AvElement("CLIP", Conversion::OppositeLimit, Conversion::OppositeLimit, 2000 + kMin, kMin);
   element.speed = {-1, 1};
   CurrentSequencePlayStatus status;
   const auto item = TrackConverter::ToMediaSummaryItem(element, status, ClipInfo());
   EXPECT_EQ(kMin, item->mediaVideoDuration);
   EXPECT_EQ(kMin, item->timelineVideoDuration);  // kMin / -1 stays kMin
   element.speed = {1, 2};
-  EXPECT_EQ(0, TrackConverter::ToMediaSummaryItem(element, status, ClipInfo())->timelineVideoDuration);
+  EXPECT_EQ(0,
+            TrackConverter::ToMediaSummaryItem(element, status, ClipInfo())->timelineVideoDuration);
 }
 
 TEST(TrackConverter, FailedBoundsLeaveTheStatusUntouched) {
@@ -233,7 +235,7 @@ TEST(TrackConverter, SingleSidedTracksKeepTheirOwnTransitions) {
     static_cast<Sequences::Element&>(video) = audio;
     video.inBoundaryKind = Conversion::SameLimit;
     video.outBoundaryKind = Conversion::OppositeLimit;
-    video.outValue = 40;  // 20 frames
+    video.outValue = 40;       // 20 frames
     video.transitionType = 3;  // video kind 3: overlapping, offset 10
     video.transitionDuration = 20;
     videoTrack.elements.push_back(video);

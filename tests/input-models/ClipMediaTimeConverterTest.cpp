@@ -34,11 +34,11 @@ TEST(ClipMediaTimeConverter, CountsFieldsAtTheRateWithTheSignOfTheDistance) {
 
 TEST(ClipMediaTimeConverter, RoundsHalvesAwayFromZero) {
   const Rate rate50 = Kov::TimePoints::VideoRates::Rate50();
-  EXPECT_EQ(1, Fields(50000, 0, rate50));    // 0.5
-  EXPECT_EQ(0, Fields(49999, 0, rate50));    // just below
-  EXPECT_EQ(-1, Fields(0, 50000, rate50));   // -0.5
+  EXPECT_EQ(1, Fields(50000, 0, rate50));   // 0.5
+  EXPECT_EQ(0, Fields(49999, 0, rate50));   // just below
+  EXPECT_EQ(-1, Fields(0, 50000, rate50));  // -0.5
   EXPECT_EQ(0, Fields(0, 49999, rate50));
-  EXPECT_EQ(2, Fields(150000, 0, rate50));   // 1.5
+  EXPECT_EQ(2, Fields(150000, 0, rate50));  // 1.5
 }
 
 TEST(ClipMediaTimeConverter, SaturatesInsteadOfOverflowing) {

@@ -47,8 +47,9 @@ TEST(SequenceIdentifiers, GuidsAreDistinctPerInputAndAcrossFamilies) {
   // Number and server id swapped, no category against every category.
   for (const auto& [number, server] : {std::pair{1u, 2u}, std::pair{2u, 1u}, std::pair{0u, 0u}}) {
     add(ElementGuid(number, ServerId(server)));
-    for (const auto category : {ElementGuid::AuxTrack, ElementGuid::AudioTransition,
-                                ElementGuid::VideoTransition, static_cast<ElementGuid::Category>(0)}) {
+    for (const auto category :
+         {ElementGuid::AuxTrack, ElementGuid::AudioTransition, ElementGuid::VideoTransition,
+          static_cast<ElementGuid::Category>(0)}) {
       add(ElementGuid(number, ServerId(server), category));
     }
   }

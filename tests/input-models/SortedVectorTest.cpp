@@ -109,8 +109,11 @@ TEST(SortedVector, TrackLayoutsAreEqualByIdsAndEntries) {
   layouts.Insert(layout("x", {{"e", "", other}}));
   EXPECT_EQ(4u, layouts.size());
   // The lower bound is the first "L" inserted last; the same layout as it is refused.
-  ExpectThrowExactly<std::runtime_error>([&] { layouts.Insert(layout("x", {{"e", "", other}})); },
-                                         kDuplicate);
+  ExpectThrowExactly<std::runtime_error>(
+      [&] {
+        layouts.Insert(layout("x", {{"e", "", other}}));
+      },
+      kDuplicate);
 
   std::weak_ptr<Assets::Track> expired;
   {
@@ -118,7 +121,9 @@ TEST(SortedVector, TrackLayoutsAreEqualByIdsAndEntries) {
     expired = gone;
   }
   ExpectThrowExactly<std::runtime_error>(
-      [&] { layouts.Insert(layout("x", {{"e", "", expired}})); },
+      [&] {
+        layouts.Insert(layout("x", {{"e", "", expired}}));
+      },
       "Kov::DataModel::MediaAssets::CompareEqualWeakPointer: weak pointer object is expired");
 
   SortedVectorSharedPointer<Assets::Track> tracks;

@@ -45,8 +45,10 @@ static_assert(offsetof(AudioElement, inValue) == 88, "AudioElement::inValue");
 static_assert(sizeof(AudioElement) == 104, "AudioElement");
 
 static_assert(offsetof(AudioVideoElement, audioTransitionType) == 84, "audioTransitionType");
-static_assert(offsetof(AudioVideoElement, videoTransitionDuration) == 88, "videoTransitionDuration");
-static_assert(offsetof(AudioVideoElement, audioTransitionDuration) == 92, "audioTransitionDuration");
+static_assert(offsetof(AudioVideoElement, videoTransitionDuration) == 88,
+              "videoTransitionDuration");
+static_assert(offsetof(AudioVideoElement, audioTransitionDuration) == 92,
+              "audioTransitionDuration");
 static_assert(offsetof(AudioVideoElement, videoInValue) == 96, "videoInValue");
 static_assert(offsetof(AudioVideoElement, videoOutValue) == 104, "videoOutValue");
 static_assert(offsetof(AudioVideoElement, audioInValue) == 112, "audioInValue");
@@ -67,4 +69,6 @@ static_assert(offsetof(Playlist, audioVideoTrack) == 168, "Playlist::audioVideoT
 static_assert(offsetof(Playlist, auxTrackUmId) == 184, "Playlist::auxTrackUmId");
 static_assert(sizeof(Playlist) == 196, "Playlist");
 
-int main() { return 0; }
+int main() {
+  return 0;
+}
