@@ -157,36 +157,20 @@ TEST(TimeConverter, AbsoluteBoundariesAreRefusedInFirst) {
 
 TEST(TimeConverter, MediaBoundsFillOnlyTheSidesTheElementHas) {
   const auto info = InfoWith({ThousandFrameAsset()});
+  const auto numbers = [&](const Sequences::Element& element) {
+    const auto bounds = TimeConverter::ToMediaBounds(element, info);
+    EXPECT_EQ(AssetIdOf("CLIP"), bounds.mediaId);
+    return std::array<std::int64_t, 4>{bounds.videoIn, bounds.videoDuration, bounds.audioIn,
+                                       bounds.audioDuration};
+  };
   auto both = AvElement("CLIP", 1, 2, 10, 110);
   both.audioInValue = 20;
   both.audioOutValue = 60;
-  auto bounds = TimeConverter::ToMediaBounds(both, info);
-  EXPECT_EQ(AssetIdOf("CLIP"), bounds.mediaId);
-  EXPECT_EQ((std::array<std::int64_t, 4>{5, 50, 10, 20}),
-            (std::array<std::int64_t, 4>{bounds.videoIn, bounds.videoDuration, bounds.audioIn,
-                                         bounds.audioDuration}));
-
-  Sequences::VideoElement video;
-  video.umId = Data::Clips::UmId("CLIP");
-  video.inBoundaryKind = 1;
-  video.outBoundaryKind = 2;
-  video.inValue = 10;
-  video.outValue = 30;
-  bounds = TimeConverter::ToMediaBounds(video, info);
+  EXPECT_EQ((std::array<std::int64_t, 4>{5, 50, 10, 20}), numbers(both));
   EXPECT_EQ((std::array<std::int64_t, 4>{5, 10, 0, 0}),
-            (std::array<std::int64_t, 4>{bounds.videoIn, bounds.videoDuration, bounds.audioIn,
-                                         bounds.audioDuration}));
-
-  Sequences::AudioElement audio;
-  audio.umId = Data::Clips::UmId("CLIP");
-  audio.inBoundaryKind = 1;
-  audio.outBoundaryKind = 2;
-  audio.inValue = 10;
-  audio.outValue = 30;
-  bounds = TimeConverter::ToMediaBounds(audio, info);
+            numbers(SingleSidedElement<Sequences::VideoElement>("CLIP", 1, 2, 10, 30)));
   EXPECT_EQ((std::array<std::int64_t, 4>{0, 0, 5, 10}),
-            (std::array<std::int64_t, 4>{bounds.videoIn, bounds.videoDuration, bounds.audioIn,
-                                         bounds.audioDuration}));
+            numbers(SingleSidedElement<Sequences::AudioElement>("CLIP", 1, 2, 10, 30)));
 }
 
 TEST(TimeConverter, EveryElementNeedsItsAssetWhateverItsKind) {

@@ -220,23 +220,16 @@ TEST(TrackConverter, SingleSidedTracksKeepTheirOwnTransitions) {
   Sequences::AudioTrack audioTrack;
   Sequences::Track<Sequences::VideoElement> videoTrack;
   for (int i = 0; i < 2; ++i) {
-    Sequences::AudioElement audio;
-    audio.umId = Data::Clips::UmId("CLIP");
-    audio.inBoundaryKind = Conversion::SameLimit;
-    audio.outBoundaryKind = Conversion::OppositeLimit;
-    audio.outValue = 10;  // 5 frames
+    // 5 frames of sound, opening with audio kind 3 (offset 10).
+    auto audio = SingleSidedElement<Sequences::AudioElement>("CLIP", 1, 2, 0, 10);
     audio.playlistNumber = 7 + i;
     audio.itemNumber = 3 + i;
-    audio.transitionType = 3;  // audio kind 3: offset 10
+    audio.transitionType = 3;
     audio.transitionDuration = 20;
     audioTrack.elements.push_back(audio);
-
-    Sequences::VideoElement video;
-    static_cast<Sequences::Element&>(video) = audio;
-    video.inBoundaryKind = Conversion::SameLimit;
-    video.outBoundaryKind = Conversion::OppositeLimit;
-    video.outValue = 40;       // 20 frames
-    video.transitionType = 3;  // video kind 3: overlapping, offset 10
+    // 20 frames of picture, opening with video kind 3 (overlapping, offset 10).
+    auto video = SingleSidedElement<Sequences::VideoElement>("CLIP", 1, 2, 0, 40);
+    video.transitionType = 3;
     video.transitionDuration = 20;
     videoTrack.elements.push_back(video);
   }

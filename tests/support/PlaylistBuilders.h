@@ -42,6 +42,19 @@ Sequences::AudioVideoElement AvElement(const char* umIdText, std::int32_t inKind
                                        std::int32_t outKind, std::int64_t inValue,
                                        std::int64_t outValue);
 
+// A video or audio element playing a part of its clip.
+template <typename ElementT>
+ElementT SingleSidedElement(const char* umIdText, std::int32_t inKind, std::int32_t outKind,
+                            std::int64_t inValue, std::int64_t outValue) {
+  ElementT element;
+  element.umId = Data::Clips::UmId(umIdText);
+  element.inBoundaryKind = inKind;
+  element.outBoundaryKind = outKind;
+  element.inValue = inValue;
+  element.outValue = outValue;
+  return element;
+}
+
 // A context at 50/1 holding the given assets.
 Conversion::ExternalSequenceInfo InfoWith(std::initializer_list<Assets::MediaAsset> assets,
                                           Identifier timelineId = "TIMELINE00");
