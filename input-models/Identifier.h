@@ -37,7 +37,7 @@ class TIMELINE_ENGINE_CONVERSION_API Identifier {
 class TIMELINE_ENGINE_CONVERSION_API FullyQualifiedName {
  public:
   FullyQualifiedName() = default;
-  explicit FullyQualifiedName(std::string text) : text_(std::move(text)) {}
+  FullyQualifiedName(std::string text) : text_(std::move(text)) {}
 
   const std::string& Text() const { return text_; }
 
