@@ -1,0 +1,137 @@
+// The timeline picture: what the shipped example shows, well-formed XML for
+// any content, and readability from three items to three hundred.
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <regex>
+
+#include "PlaylistDocument.h"
+#include "TimelineSvg.h"
+#include "ToolTestSupport.h"
+
+namespace {
+
+namespace Engine = Kov::TimelineEngineModel;
+namespace Conversion = Kov::Replivo::Tollan::TimelineEngineConversion;
+using TimelineConvert::PictureLabels;
+using TimelineConvert::TimelineToSvg;
+
+constexpr Kov::TimePoints::Rate kRate50{50, 1};
+
+std::size_t Count(const std::string& text, const std::string& part) {
+  std::size_t count = 0;
+  for (auto at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) {
+    ++count;
+  }
+  return count;
+}
+
+// The x of every rect of a class, in drawing order.
+std::vector<double> RectXs(const std::string& svg, const std::string& cssClass) {
+  const std::regex rect("<rect class=\"" + cssClass + "\" x=\"(-?[0-9.]+)\"");
+  std::vector<double> xs;
+  for (std::sregex_iterator it(svg.begin(), svg.end(), rect), end; it != end; ++it) {
+    xs.push_back(std::stod((*it)[1]));
+  }
+  return xs;
+}
+
+Engine::Timeline TimelineOfLengths(const std::vector<std::int64_t>& lengths,
+                                   PictureLabels& labels) {
+  Engine::Track track{"track", 1, {}};
+  std::int64_t position = 0;
+  for (std::size_t index = 0; index < lengths.size(); ++index) {
+    const std::string id = "item-" + std::to_string(index + 1);
+    auto media = std::make_shared<Engine::MediaSummaryItem>(id);
+    media->mediaId = "asset";
+    media->timelineVideoIn = media->timelineAudioIn = position;
+    media->timelineVideoDuration = media->timelineAudioDuration = lengths[index];
+    media->mediaVideoDuration = media->mediaAudioDuration = lengths[index];
+    position += lengths[index];
+    track.items.push_back(media);
+    labels.itemNumbers[id] = "#" + std::to_string(index + 1);
+  }
+  labels.assets = {{"asset", "CLIP"}};
+  return Engine::Timeline{"timeline", {}, position, {track}, {}};
+}
+
+TEST(TimelineSvg, ShippedExampleShowsLanesItemsTransitionsAndRuler) {
+  const auto document = TimelineConvert::ReadPlaylistDocument(
+      tool_testing::ReadFile(tool_testing::SourcePath("examples/highlight.json")));
+  const auto timeline = Conversion::TimelineConverter::ToTimeline(
+      document.playlist, Conversion::TimelineConverter::FromTrackItems, document.assets);
+  const std::string svg = TimelineToSvg(timeline, document.playlist.rate,
+                                        TimelineConvert::LabelsFromDocument(document));
+  EXPECT_TRUE(tool_testing::IsWellFormedXml(svg));
+  EXPECT_EQ(Count(svg, "<g class=\"track\">"), 2U);
+  // The legend draws one more of each kind of box.
+  EXPECT_EQ(Count(svg, "<rect class=\"picture\""), 4U + 1);
+  EXPECT_EQ(Count(svg, "<rect class=\"sound\""), 5U + 1);
+  EXPECT_EQ(Count(svg, "<rect class=\"vfx\""), 2U + 1);
+  EXPECT_EQ(Count(svg, "<rect class=\"afx\""), 1U + 1);
+  EXPECT_NE(svg.find(">#2 A2 CAM-B-0032<"), std::string::npos);
+  EXPECT_NE(svg.find(">aux A4 COMMENT-01<"), std::string::npos);
+  EXPECT_NE(svg.find(">00:00:02:00<"), std::string::npos);
+  // The overlapping dissolve covers the start of item 2, which begins 10
+  // frames before item 1 ends; the centred wipe straddles the cut at 440.
+  const auto pictures = RectXs(svg, "picture");
+  const auto dissolves = RectXs(svg, "vfx");
+  EXPECT_DOUBLE_EQ(dissolves[0], pictures[1]);
+  EXPECT_LT(dissolves[1], pictures[3]);
+}
+
+TEST(TimelineSvg, LabelsOnlyWhereTheyFit) {
+  PictureLabels labels;
+  const auto svg = TimelineToSvg(TimelineOfLengths({500, 1, 500}, labels), kRate50, labels);
+  EXPECT_NE(svg.find(">#1 A1 CLIP<"), std::string::npos);
+  EXPECT_EQ(svg.find(">#2"), std::string::npos);
+  EXPECT_NE(svg.find(">#3 A1 CLIP<"), std::string::npos);
+}
+
+TEST(TimelineSvg, ThreeHundredItemsStayReadable) {
+  std::vector<std::int64_t> lengths;
+  for (int index = 0; index < 300; ++index) {
+    lengths.push_back(40 + index % 7 * 30);
+  }
+  PictureLabels labels;
+  const auto svg = TimelineToSvg(TimelineOfLengths(lengths, labels), kRate50, labels);
+  EXPECT_TRUE(tool_testing::IsWellFormedXml(svg));
+  EXPECT_EQ(Count(svg, "<rect class=\"picture\""), 300U + 1);
+  // A typical item keeps room for its number; the picture scrolls, but within bounds.
+  EXPECT_NE(svg.find(">#150"), std::string::npos);
+  EXPECT_NE(svg.find(">#299"), std::string::npos);
+  const double width = std::stod(svg.substr(svg.find("width=\"") + 7));
+  EXPECT_GT(width, 10000);
+  EXPECT_LT(width, 61000);
+}
+
+TEST(TimelineSvg, AnyTextAndAnyNumbersGiveWellFormedXml) {
+  PictureLabels labels;
+  auto timeline = TimelineOfLengths({100, 100}, labels);
+  labels.title = "<\"quoted\" & 'odd'>\x01";
+  labels.assets = {{"asset", "A&B<1>"}};
+  auto& extreme = static_cast<Engine::MediaSummaryItem&>(*timeline.tracks[0].items[1]);
+  extreme.timelineVideoIn = std::numeric_limits<std::int64_t>::max();
+  extreme.timelineVideoDuration = std::numeric_limits<std::int64_t>::min();
+  for (const auto rate : {kRate50, Kov::TimePoints::Rate{0, 0}}) {
+    const auto svg = TimelineToSvg(timeline, rate, labels);
+    EXPECT_TRUE(tool_testing::IsWellFormedXml(svg));
+    EXPECT_EQ(svg.find("nan"), std::string::npos);
+    EXPECT_EQ(svg.find("inf"), std::string::npos);
+    EXPECT_NE(svg.find("A&amp;B&lt;1&gt;"), std::string::npos);
+  }
+  const auto page =
+      TimelineConvert::SvgToHtmlPage(TimelineToSvg(timeline, kRate50, labels), labels.title);
+  EXPECT_TRUE(tool_testing::IsWellFormedXml(page));
+}
+
+TEST(TimelineSvg, RulerCountsTimecodeAtTheSequenceRate) {
+  PictureLabels labels;
+  const auto timeline = TimelineOfLengths({600}, labels);
+  EXPECT_NE(TimelineToSvg(timeline, {60000, 1001}, labels).find(">00:00:05:00<"),
+            std::string::npos);
+  EXPECT_NE(TimelineToSvg(timeline, kRate50, labels).find(">00:00:10:00<"), std::string::npos);
+  EXPECT_NE(TimelineToSvg(timeline, {0, 1}, labels).find(">frame 0<"), std::string::npos);
+}
+
+}  // namespace
