@@ -11,6 +11,7 @@
 #include "input-models/SharedReference.h"
 #include "input-models/SortedVector.h"
 #include "input-models/TimePoints.h"
+#include "input-models/Version.h"
 
 #include "engine-model/FxTransitionItem.h"
 #include "engine-model/MediaInfo.h"
