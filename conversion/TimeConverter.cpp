@@ -3,6 +3,7 @@
 
 #include <array>
 #include <stdexcept>
+#include <typeinfo>
 
 #include "../input-models/ClipMediaTimeConverter.h"
 #include "detail/AssetLookup.h"
@@ -55,6 +56,11 @@ void RequireRecordedRanges(const MediaAsset& asset) {
 // is not, and such an element is treated as of no handled kind.
 template <typename Concrete>
 const Concrete* AsRecord(const Element& element) {
+  // Nearly every element is exactly of its record's class: one comparison of
+  // type identities instead of a walk through the class hierarchy.
+  if (typeid(element) == typeid(Concrete)) {
+    return static_cast<const Concrete*>(&element);
+  }
   return dynamic_cast<const Concrete*>(&element);
 }
 

@@ -102,6 +102,23 @@ std::int32_t AudioTransitionKind(const AudioElement& element) {
   return element.transitionType;
 }
 
+// Room for every item that a track can get: one per element, and one per
+// transition that an element after the first announces (a transition whose
+// effect turns out empty leaves its place unused).
+template <bool kHasVideo, bool kHasAudio, typename TrackT>
+std::size_t MostItems(const TrackT& track) {
+  std::size_t count = track.elements.size();
+  for (std::size_t i = 1; i < track.elements.size(); ++i) {
+    if constexpr (kHasVideo) {
+      count += track.elements[i].transitionType != 0 ? 1 : 0;
+    }
+    if constexpr (kHasAudio) {
+      count += AudioTransitionKind(track.elements[i]) != 0 ? 1 : 0;
+    }
+  }
+  return count;
+}
+
 // One sequence track to one engine track; Kind says which transitions the
 // elements of TrackT carry (video, audio or both, video first).
 template <Element::Type Kind, typename TrackT>
@@ -117,13 +134,17 @@ TimelineEngineModel::Track ToTrackCommon(const TrackT& track, unsigned index,
     return result;
   }
 
+  result.items.reserve(MostItems<kHasVideo, kHasAudio>(track));
+
   CurrentSequencePlayStatus status;
   // The first element's transition is never read: nothing precedes it.
   const auto& first = track.elements.at(0);
   const std::int32_t playlistNumber = first.playlistNumber;
-  std::shared_ptr<MediaSummaryItem> previous =
+  std::shared_ptr<MediaSummaryItem> firstItem =
       TrackConverter::ToMediaSummaryItem(first, status, info);
-  result.items.push_back(previous);
+  // The track owns every item; the previous one is only looked at.
+  const MediaSummaryItem* previous = firstItem.get();
+  result.items.push_back(std::move(firstItem));
 
   for (std::size_t i = 1; i < track.elements.size(); ++i) {
     const auto& element = track.elements[i];
@@ -163,8 +184,8 @@ TimelineEngineModel::Track ToTrackCommon(const TrackT& track, unsigned index,
     if (audio) {
       result.items.push_back(std::move(audio));
     }
-    result.items.push_back(current);
-    previous = std::move(current);
+    previous = current.get();
+    result.items.push_back(std::move(current));
   }
   return result;
 }

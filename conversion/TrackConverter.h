@@ -8,6 +8,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <string>
 
 #include "../engine-model/FxTransitionItem.h"
 #include "../engine-model/MediaSummaryItem.h"
@@ -44,8 +45,10 @@ BusinessEntityModel::BaseTypes::Identifier ElementIdToTransitionId(
       element.number, element.serverId,
       Kind == Video ? Data::Sequences::Elements::Guid::VideoTransition
                     : Data::Sequences::Elements::Guid::AudioTransition);
+  // The text always fills the buffer, so its length needs no counting.
   char buffer[Data::Guid::kTextLength + 1];
-  return BusinessEntityModel::BaseTypes::Identifier(guid.ToString(buffer, sizeof buffer));
+  return BusinessEntityModel::BaseTypes::Identifier(
+      std::string(guid.ToString(buffer, sizeof buffer), Data::Guid::kTextLength));
 }
 
 class TIMELINE_ENGINE_CONVERSION_API TrackConverter {

@@ -17,6 +17,17 @@ __extension__ typedef unsigned __int128 UInt128;
 constexpr std::uint64_t kTicksPerSecond = 10'000'000;
 constexpr std::uint64_t kFieldsPerFrame = 2;
 
+// scaled / divisor, a half rounded away from zero.
+template <typename Unsigned>
+Unsigned RoundedQuotient(Unsigned scaled, Unsigned divisor) {
+  Unsigned quotient = scaled / divisor;
+  const Unsigned remainder = scaled % divisor;
+  if (remainder >= divisor - remainder) {
+    ++quotient;
+  }
+  return quotient;
+}
+
 }  // namespace
 
 std::int64_t ClipMediaTimeConverter::TimeBoundaryToFields(const TimePoints::TimeBoundary& to,
@@ -36,14 +47,18 @@ std::int64_t ClipMediaTimeConverter::TimeBoundaryToFields(const TimePoints::Time
                : static_cast<std::uint64_t>(toValue) - static_cast<std::uint64_t>(fromValue);
 
   // Both factors are below 2^64, so the product fits 128 unsigned bits exactly.
-  const UInt128 scaled = static_cast<UInt128>(distance) *
-                         (kFieldsPerFrame * static_cast<std::uint64_t>(rate.numerator));
-  const UInt128 divisor = static_cast<UInt128>(rate.denominator) * kTicksPerSecond;
-  UInt128 quotient = scaled / divisor;
-  const UInt128 remainder = scaled % divisor;
-  if (remainder >= divisor - remainder) {
-    ++quotient;  // halves round away from zero
-  }
+  // Real distances and rates fit 64 bits, where one hardware division gives
+  // quotient and remainder; 128-bit division is a library call, and a slow one.
+  const std::uint64_t factor = kFieldsPerFrame * static_cast<std::uint64_t>(rate.numerator);
+  std::uint64_t scaled = 0;
+  std::uint64_t divisor = 0;
+  UInt128 quotient =
+      !__builtin_mul_overflow(distance, factor, &scaled) &&
+              !__builtin_mul_overflow(static_cast<std::uint64_t>(rate.denominator), kTicksPerSecond,
+                                      &divisor)
+          ? RoundedQuotient(scaled, divisor)
+          : RoundedQuotient(static_cast<UInt128>(distance) * factor,
+                            static_cast<UInt128>(rate.denominator) * kTicksPerSecond);
 
   const UInt128 limit = negative
                             ? static_cast<UInt128>(std::numeric_limits<std::int64_t>::max()) + 1

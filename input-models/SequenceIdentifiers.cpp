@@ -24,6 +24,25 @@ constexpr std::uint32_t kElementCategoryFamily = 0xe1e00004;
 
 constexpr char kHexDigits[] = "0123456789abcdef";
 
+// The two lower-case hexadecimal digits of every byte value.
+struct HexPairs {
+  char digits[256][2];
+};
+constexpr HexPairs MakeHexPairs() {
+  HexPairs pairs{};
+  for (unsigned value = 0; value < 256; ++value) {
+    pairs.digits[value][0] = kHexDigits[value >> 4];
+    pairs.digits[value][1] = kHexDigits[value & 0x0f];
+  }
+  return pairs;
+}
+constexpr HexPairs kHexPairs = MakeHexPairs();
+
+// Where the two digits of each byte go in the 8-4-4-4-12 text, and its dashes.
+constexpr unsigned char kDigitPositions[16] = {0,  2,  4,  6,  9,  11, 14, 16,
+                                               19, 21, 24, 26, 28, 30, 32, 34};
+constexpr unsigned char kDashPositions[4] = {8, 13, 18, 23};
+
 }  // namespace
 
 namespace Clips {
@@ -73,16 +92,6 @@ Guid::Guid(unsigned number, const Servers::ServerId& serverId, Category category
 }  // namespace Elements
 }  // namespace Sequences
 
-void Guid::SetFamily(std::uint32_t family) {
-  SetWord(0, family);
-}
-
-void Guid::SetWord(unsigned wordIndex, std::uint32_t value) {
-  for (unsigned i = 0; i < 4; ++i) {
-    bytes_[wordIndex * 4 + i] = static_cast<std::uint8_t>(value >> (24 - 8 * i));
-  }
-}
-
 void Guid::SetText(const std::string& text) {
   if (text.size() > Clips::UmId::kMaxTextLength || text.find('\0') != std::string::npos) {
     throw std::invalid_argument("Guid: an id text has at most 11 characters and no NUL");
@@ -94,19 +103,22 @@ const char* Guid::ToString(char* buffer, unsigned size) const {
   if (buffer == nullptr || size == 0) {
     return buffer;
   }
-  // 8-4-4-4-12 hexadecimal digits: dashes before bytes 4, 6, 8 and 10.
+  // Every character has a fixed place, so the loop has no branch and unrolls;
+  // a buffer of full size gets the text in one fixed-size copy.
   char text[kTextLength];
-  unsigned written = 0;
-  for (unsigned i = 0; i < bytes_.size(); ++i) {
-    if (i == 4 || i == 6 || i == 8 || i == 10) {
-      text[written++] = '-';
-    }
-    text[written++] = kHexDigits[bytes_[i] >> 4];
-    text[written++] = kHexDigits[bytes_[i] & 0x0f];
+  for (const unsigned char dash : kDashPositions) {
+    text[dash] = '-';
   }
-  const unsigned length = size - 1 < kTextLength ? size - 1 : kTextLength;
-  std::memcpy(buffer, text, length);
-  buffer[length] = '\0';
+  for (unsigned i = 0; i < bytes_.size(); ++i) {
+    std::memcpy(text + kDigitPositions[i], kHexPairs.digits[bytes_[i]], 2);
+  }
+  if (size > kTextLength) {
+    std::memcpy(buffer, text, kTextLength);
+    buffer[kTextLength] = '\0';
+    return buffer;
+  }
+  std::memcpy(buffer, text, size - 1);
+  buffer[size - 1] = '\0';
   return buffer;
 }
 

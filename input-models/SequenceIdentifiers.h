@@ -103,8 +103,13 @@ class TIMELINE_ENGINE_CONVERSION_API Guid {
 
  protected:
   Guid() = default;
-  void SetFamily(std::uint32_t family);
-  void SetWord(unsigned wordIndex, std::uint32_t value);
+  // Inline: every identifier of a conversion is built through them.
+  void SetFamily(std::uint32_t family) { SetWord(0, family); }
+  void SetWord(unsigned wordIndex, std::uint32_t value) {
+    for (unsigned i = 0; i < 4; ++i) {
+      bytes_[wordIndex * 4 + i] = static_cast<std::uint8_t>(value >> (24 - 8 * i));
+    }
+  }
   void SetText(const std::string& text);
 
  private:

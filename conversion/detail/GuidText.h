@@ -4,6 +4,8 @@
 // look-ups of the track conversions always agree. Internal to the library.
 #pragma once
 
+#include <string>
+
 #include "../../input-models/Identifier.h"
 #include "../../input-models/SequenceIdentifiers.h"
 
@@ -13,10 +15,12 @@ namespace Tollan {
 namespace TimelineEngineConversion {
 namespace detail {
 
-// The canonical text of a GUID, rendered into a 37-byte buffer.
+// The canonical text of a GUID, rendered into a 37-byte buffer. The text always
+// fills it, so its length needs no counting.
 inline BusinessEntityModel::BaseTypes::Identifier GuidToIdentifier(const Data::Guid& guid) {
   char buffer[Data::Guid::kTextLength + 1];
-  return BusinessEntityModel::BaseTypes::Identifier(guid.ToString(buffer, sizeof buffer));
+  return BusinessEntityModel::BaseTypes::Identifier(
+      std::string(guid.ToString(buffer, sizeof buffer), Data::Guid::kTextLength));
 }
 
 inline BusinessEntityModel::BaseTypes::Identifier ClipAssetIdentifier(
