@@ -193,21 +193,15 @@ void ToMediaInfoBenchmark(benchmark::State& state, std::size_t ranges) {
       });
 }
 
-// The floor on its own, for reading its figures without a conversion beside it.
+// The floor against itself: its figures alone, and in its ratio (ideally 1)
+// the noise that every other ratio of the run carries too.
 void FloorBenchmark(benchmark::State& state, std::size_t elements, std::size_t ranges) {
   const Prepared& prepared = PreparedFor(elements, ranges);
   if (!CheckFloor(state, prepared)) {
     return;
   }
-  Totals built;
-  for (auto _ : state) {
-    state.SetIterationTime(std::chrono::duration<double>(
-                               TimedCall([&] { return BuildTimeline(prepared.blueprint); }, built))
-                               .count());
-  }
-  const double count = static_cast<double>(state.iterations()) * static_cast<double>(elements);
-  state.counters["ns_per_element"] = NanosecondsPer(built, count);
-  state.counters["allocs_per_element"] = static_cast<double>(built.allocations) / count;
+  const auto build = [&] { return BuildTimeline(prepared.blueprint); };
+  MeasureAgainstFloor(state, elements, build, build);
 }
 
 void Register(const std::string& name, std::function<void(benchmark::State&)> run) {
