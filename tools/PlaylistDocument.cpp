@@ -464,7 +464,7 @@ PlaylistDocument ReadPlaylistDocument(const std::string& jsonText) {
   const Node root(json, "");
   root.ExpectObject({"playlist", "assets"}, {"description"});
   if (root.Has("description")) {
-    root["description"].String();
+    root["description"].String();  // free text for the reader, but text all the same
   }
   PlaylistDocument document;
   document.playlist = ReadPlaylist(root["playlist"]);

@@ -63,6 +63,9 @@ bool WriteOutput(const std::string& path, const std::string& content) {
     return static_cast<bool>(std::cout);
   }
   std::ofstream file(path, std::ios::binary | std::ios::trunc);
+  if (!file) {
+    return false;
+  }
   file << content;
   file.close();
   if (!file) {

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <filesystem>
 
 #include "PlaylistDocument.h"
 #include "ToolTestSupport.h"
@@ -95,6 +96,13 @@ TEST(ToolRun, UnusableInputExitsOneNamingThePlace) {
   EXPECT_EQ(run.exitStatus, 1);
   EXPECT_EQ(run.err, "timeline-convert: cannot read " + WorkPath("no-such-file.json") +
                          ": No such file or directory\n");
+  // An output that cannot be written is reported, and left as it was.
+  const std::string directory = WorkPath("output-directory");
+  std::filesystem::create_directories(directory);
+  run = RunTool("convert '" + kHighlight + "' -o '" + directory + "'");
+  EXPECT_EQ(run.exitStatus, 1);
+  EXPECT_EQ(run.err, "timeline-convert: cannot write " + directory + ": Is a directory\n");
+  EXPECT_TRUE(std::filesystem::is_directory(directory));
   EXPECT_EQ(RunTool("").exitStatus, 1);
   EXPECT_EQ(RunTool("convert '" + kHighlight + "' --duration-mode fields").exitStatus, 1);
 }
