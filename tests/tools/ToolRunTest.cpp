@@ -5,6 +5,7 @@
 
 #include <cstdio>
 #include <filesystem>
+#include <nlohmann/json.hpp>
 
 #include "PlaylistDocument.h"
 #include "ToolTestSupport.h"
@@ -57,8 +58,13 @@ TEST(ToolRun, ListsTheAssetsThePlaylistUses) {
   const auto run = RunTool("assets '" + kHighlight + "'");
   EXPECT_EQ(run.exitStatus, 0);
   EXPECT_EQ(run.out, ReadFile(SourcePath("tests/tools/golden/highlight.assets.txt")));
-  const auto refused = RunTool("assets '" + kRefused + "'");
-  EXPECT_EQ(refused.out.find("missing"), std::string::npos);
+  // Without the commentary clip's asset, the aux line (always first) says so.
+  auto document = nlohmann::json::parse(ReadFile(kHighlight));
+  document["assets"].erase(3);
+  tool_testing::WriteFile(WorkPath("without-aux-asset.json"), document.dump());
+  const auto lacking = RunTool("assets '" + WorkPath("without-aux-asset.json") + "'");
+  EXPECT_EQ(lacking.out.substr(0, lacking.out.find('\n')),
+            TimelineConvert::AssetIdOfClip("COMMENT-01").Text() + "\tCOMMENT-01\tmissing");
 }
 
 TEST(ToolRun, RefusalExitsTwoWithTheLibrarysTextAndWritesNothing) {
