@@ -17,7 +17,7 @@ struct Rate {
 };
 
 namespace VideoRates {
-// 50/1: the rate of the 50 Hz family (25 frames, 50 fields a second).
+// 50/1: the rate of the 50 Hz family.
 TIMELINE_ENGINE_CONVERSION_API const Rate& Rate50();
 // 60000/1001: the rate of the 59.94 Hz family.
 TIMELINE_ENGINE_CONVERSION_API const Rate& Rate5994();
