@@ -174,7 +174,8 @@ std::string Describe(const Inputs& inputs) {
   std::string out = ModelText::Describe(inputs.playlist) + ModelText::Describe(inputs.videoTrack) +
                     ModelText::Describe(inputs.audioTrack) + ModelText::Describe(*inputs.assets);
   for (const auto& element : inputs.reportingElements) {
-    out += ModelText::Describe(*element);
+    const auto* audioVideo = dynamic_cast<const Sequences::AudioVideoElement*>(element.get());
+    out += audioVideo != nullptr ? ModelText::Describe(*audioVideo) : ModelText::Describe(*element);
   }
   ModelText::Number(out, "mapOwners", inputs.assets.use_count());
   return out;
