@@ -4,6 +4,7 @@
 #include <limits>
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 #include "detail/AssetLookup.h"
 #include "detail/FrameArithmetic.h"
@@ -250,10 +251,12 @@ Identifier TrackConverter::TimelineIdToTrackId(const Identifier& timelineId, uns
   // Unsigned on purpose: the aux track's index 4294967295 becomes track number 0.
   const std::string digits = std::to_string(index + 1u);
   const std::string& text = timelineId.Text();
-  if (digits.size() > text.size()) {
-    return Identifier(text + digits);
-  }
-  return Identifier(text.substr(0, text.size() - digits.size()) + digits);
+  const std::size_t kept = digits.size() > text.size() ? text.size() : text.size() - digits.size();
+  // Built in place at its final size: one allocation, no temporary.
+  std::string trackId;
+  trackId.reserve(kept + digits.size());
+  trackId.append(text, 0, kept).append(digits);
+  return Identifier(std::move(trackId));
 }
 
 TimelineEngineModel::Track TrackConverter::ToTrack(
