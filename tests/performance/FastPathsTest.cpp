@@ -58,12 +58,12 @@ TEST(FieldCountingTest, AgreesWithExactArithmeticOnBothSidesOfThe64BitProduct) {
   // Distances around the point where distance * 2 * numerator leaves 64 bits.
   std::vector<std::int64_t> distances = {0, 1, 2, 99999, 100000, 100001, kMax, 1LL << 32};
   for (const Rate& rate : rates) {
-    const auto limit = std::numeric_limits<std::uint64_t>::max() /
-                       (2 * static_cast<std::uint64_t>(rate.numerator));
-    for (std::int64_t delta = -2; delta <= 2; ++delta) {
-      const auto near =
-          static_cast<std::int64_t>(limit > static_cast<std::uint64_t>(kMax) ? kMax : limit);
-      distances.push_back(near + delta > 0 ? near + delta : 0);
+    const std::uint64_t limit = std::numeric_limits<std::uint64_t>::max() /
+                                (2 * static_cast<std::uint64_t>(rate.numerator));
+    // Unsigned, so that the steps around the limit wrap instead of overflowing.
+    for (const std::uint64_t near : {limit - 2, limit - 1, limit, limit + 1, limit + 2}) {
+      distances.push_back(
+          static_cast<std::int64_t>(std::min(near, static_cast<std::uint64_t>(kMax))));
     }
   }
   std::mt19937_64 random(20261122);
