@@ -8,8 +8,8 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <memory>
-#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
@@ -129,7 +129,7 @@ void ToTimelineBenchmark(benchmark::State& state, std::size_t elements, std::siz
   check.duration = prepared.expected.duration;
   if (!SameTimeline(check, prepared.expected) || !CheckFloor(state, prepared)) {
     if (!state.error_occurred()) {
-      state.SkipWithError("the conversion is not deterministic");
+      state.SkipWithError("the conversion differs from the expected timeline");
     }
     return;
   }
