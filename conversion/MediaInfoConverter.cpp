@@ -15,27 +15,29 @@ namespace {
 
 constexpr std::int32_t kPictureTrackKind = 2;
 constexpr std::int32_t kSoundTrackKind = 0;
-constexpr std::size_t kPictureTextCapacity = 66;
-constexpr std::size_t kSoundTextCapacity = 64;
 
 // "V" for every picture track, then "M" for every sound track, joined by "+".
+// The tracks are counted first so the text is built once at its final size;
+// a short description then needs no allocation at all.
 std::string DescribeTracks(const DataModel::MediaAssets::TrackLayout& layout) {
-  std::string picture;
-  std::string sound;
-  picture.reserve(kPictureTextCapacity);
-  sound.reserve(kSoundTextCapacity);
+  std::size_t pictureTracks = 0;
+  std::size_t soundTracks = 0;
   for (const DataModel::MediaAssets::Track* track : layout.tracks) {
     if (track == nullptr) {
       throw std::runtime_error("null pointer");
     }
-    if (track->kind == kPictureTrackKind) {
-      picture += "+V";
-    } else if (track->kind == kSoundTrackKind) {
-      sound += "+M";
-    }
+    pictureTracks += track->kind == kPictureTrackKind ? 1 : 0;
+    soundTracks += track->kind == kSoundTrackKind ? 1 : 0;
   }
-  picture += sound;
-  return picture.empty() ? std::string() : picture.substr(1);
+  const std::size_t listed = pictureTracks + soundTracks;
+  if (listed == 0) {
+    return std::string();
+  }
+  std::string text(2 * listed - 1, '+');
+  for (std::size_t i = 0; i < listed; ++i) {
+    text[2 * i] = i < pictureTracks ? 'V' : 'M';
+  }
+  return text;
 }
 
 }  // namespace
