@@ -118,8 +118,7 @@ TEST(TrackConverter, TransitionItemsHaveTheirOwnIdentifiers) {
   ASSERT_TRUE(video && audio);
   EXPECT_EQ(Engine::FxVideoTransition, video->GetType());
   EXPECT_EQ(Engine::FxAudioTransition, audio->GetType());
-  EXPECT_EQ((Engine::TransitionEffect{1, 6, 12, ""}.offset), video->FxTransition().offset);
-  EXPECT_EQ(1, audio->FxTransition().duration);
+  EXPECT_EQ(6, video->FxTransition().offset);
   EXPECT_EQ(Conversion::ElementIdToTransitionId<Conversion::Video>(element), video->Id());
   CurrentSequencePlayStatus status;
   const auto media = TrackConverter::ToMediaSummaryItem(element, status, ClipInfo());
