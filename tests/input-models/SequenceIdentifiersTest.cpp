@@ -58,16 +58,6 @@ TEST(SequenceIdentifiers, GuidsAreDistinctPerInputAndAcrossFamilies) {
   EXPECT_EQ(Text(Data::Clips::Guid("CLIP01")), Text(Data::Clips::Guid("CLIP01")));
 }
 
-TEST(SequenceIdentifiers, ToStringCutsTheTextToTheBuffer) {
-  const Data::Clips::Guid guid("CLIP01");
-  const std::string full = Text(guid);
-  char small[9] = "xxxxxxxx";
-  EXPECT_EQ(full.substr(0, 8), guid.ToString(small, sizeof small));
-  char untouched = 'x';
-  EXPECT_EQ(&untouched, guid.ToString(&untouched, 0));
-  EXPECT_EQ('x', untouched);
-}
-
 TEST(SequenceIdentifiers, UmIdHoldsElevenCharactersAndComparesByText) {
   EXPECT_STREQ("ABCDEFGHIJK", Data::Clips::UmId("ABCDEFGHIJK").GetUmId());
   testing_support::ExpectThrowExactly<std::invalid_argument>(
