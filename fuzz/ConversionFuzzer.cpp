@@ -135,24 +135,16 @@ std::optional<std::int32_t> FirstPlaylistNumber(const std::vector<ElementT>& ele
   return elements.front().playlistNumber;
 }
 
-// A caller's element class that reports whatever kind it is given.
-class ReportingElement : public Sequences::Element {
+// A caller's element class, derived from Record, that reports whatever kind it
+// is given: a bare element with a kind, or an audio-video record claiming another.
+template <typename Record>
+class ReportingElement : public Record {
  public:
-  explicit ReportingElement(Type reported) : reported_(reported) {}
-  Type GetType() const override { return reported_; }
+  explicit ReportingElement(Sequences::Element::Type reported) : reported_(reported) {}
+  Sequences::Element::Type GetType() const override { return reported_; }
 
  private:
-  Type reported_;
-};
-
-// An audio-video record that claims to be of another kind.
-class ReportingAudioVideoElement : public Sequences::AudioVideoElement {
- public:
-  explicit ReportingAudioVideoElement(Type reported) : reported_(reported) {}
-  Type GetType() const override { return reported_; }
-
- private:
-  Type reported_;
+  Sequences::Element::Type reported_;
 };
 
 // Profiles stored under the operator profile's name that are not plain ones.
@@ -197,10 +189,10 @@ class InputBuilder {
     for (int n = Count(4); n > 0; --n) {
       inputs.audioTrack.elements.push_back(SingleSide<Sequences::AudioElement>());
     }
-    auto reporting = std::make_unique<ReportingElement>(Kind());
+    auto reporting = std::make_unique<ReportingElement<Sequences::Element>>(Kind());
     FillBase(*reporting);
     inputs.reportingElements.push_back(std::move(reporting));
-    auto claiming = std::make_unique<ReportingAudioVideoElement>(Kind());
+    auto claiming = std::make_unique<ReportingElement<Sequences::AudioVideoElement>>(Kind());
     FillAudioVideo(*claiming);
     inputs.reportingElements.push_back(std::move(claiming));
     for (int n = Count(4); n > 0; --n) {
