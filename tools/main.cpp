@@ -16,7 +16,9 @@
 #include <sstream>
 #include <string>
 
+#include "Diagnostics.h"
 #include "PlaylistDocument.h"
+#include "RefusalLocation.h"
 #include "TimelineJson.h"
 #include "TimelineSvg.h"
 
@@ -34,6 +36,7 @@ struct Options {
   std::string output = "-";
   std::string durationMode = "items";
   bool html = false;
+  std::string errors = "text";
 };
 
 std::string InputName(const std::string& path) {
@@ -75,31 +78,31 @@ bool WriteOutput(const std::string& path, const std::string& content) {
   return true;
 }
 
-int Fail(int status, const std::string& message) {
-  std::cerr << "timeline-convert: " << message << '\n';
-  return status;
-}
-
 int Run(Command command, const Options& options) {
+  const TimelineConvert::FailureReport report(options.errors == "json"
+                                                  ? TimelineConvert::ErrorFormat::Json
+                                                  : TimelineConvert::ErrorFormat::Text,
+                                              std::cerr);
   std::string text;
   if (!ReadInput(options.input, text)) {
-    return Fail(kUnusableInput,
-                "cannot read " + InputName(options.input) + ": " + std::strerror(errno));
+    report.Io(InputName(options.input), "read", std::strerror(errno));
+    return kUnusableInput;
   }
   TimelineConvert::PlaylistDocument document;
   try {
     document = TimelineConvert::ReadPlaylistDocument(text);
   } catch (const TimelineConvert::DocumentError& error) {
-    return Fail(kUnusableInput, InputName(options.input) + ": " + error.what());
+    report.Malformed(InputName(options.input), error);
+    return kUnusableInput;
   }
+  const auto mode = options.durationMode == "playlist"
+                        ? Conversion::TimelineConverter::FromPlaylist
+                        : Conversion::TimelineConverter::FromTrackItems;
   std::string result;
   try {
     if (command == Command::Assets) {
       result = TimelineConvert::ListUsedAssets(document);
     } else {
-      const auto mode = options.durationMode == "playlist"
-                            ? Conversion::TimelineConverter::FromPlaylist
-                            : Conversion::TimelineConverter::FromTrackItems;
       const auto timeline =
           Conversion::TimelineConverter::ToTimeline(document.playlist, mode, document.assets);
       if (command == Command::Convert) {
@@ -113,12 +116,18 @@ int Run(Command command, const Options& options) {
       }
     }
   } catch (const std::exception& refusal) {
-    // Exactly the library's text: it is what the operator was shown.
-    std::cerr << refusal.what() << '\n';
+    // Only now, on the failure path, is the refusal's place looked for.
+    auto place = TimelineConvert::LocateRefusal(document, mode);
+    if (!place) {
+      place = TimelineConvert::RefusalPlace();
+      place->message = refusal.what();
+    }
+    report.Refused(InputName(options.input), *place);
     return kRefused;
   }
   if (!WriteOutput(options.output, result)) {
-    return Fail(kUnusableInput, "cannot write " + options.output + ": " + std::strerror(errno));
+    report.Io(options.output, "write", std::strerror(errno));
+    return kUnusableInput;
   }
   return 0;
 }
@@ -128,6 +137,12 @@ void AddInput(CLI::App& command, Options& options) {
       .add_option("INPUT", options.input,
                   "Playlist document (JSON, see docs/json-format.md); - reads standard input")
       ->required();
+  command
+      .add_option("--errors", options.errors,
+                  "text: failures as sentences; json: one JSON object per failure on standard "
+                  "error")
+      ->check(CLI::IsMember({"text", "json"}))
+      ->capture_default_str();
 }
 
 void AddConversionOptions(CLI::App& command, Options& options, const char* outputHelp) {
