@@ -1,10 +1,12 @@
 // timeline-convert: runs the conversion library on a playlist kept in a JSON
 // file, so that a conversion can be reproduced, inspected and compared
 // without writing C++. Subcommands: convert (timeline as JSON), assets (the
-// asset identifiers the playlist needs) and render (an SVG or HTML picture).
+// asset identifiers the playlist needs), render (an SVG or HTML picture) and
+// check (what the library accepts but is almost certainly not meant).
 //
 // Exit status: 0 done; 1 the document, a file or the command line could not
-// be used; 2 the library refused the conversion (its message on stderr).
+// be used; 2 the library refused the conversion (its message on stderr, then
+// where it comes from); 3 check found something.
 #include <CLI/CLI.hpp>
 
 #include <cerrno>
@@ -144,7 +146,7 @@ int Run(Command command, const Options& options) {
 void AddInput(CLI::App& command, Options& options) {
   command
       .add_option("INPUT", options.input,
-                  "Playlist document (JSON, see docs/json-format.md); - reads standard input")
+                  "Playlist document (JSON, see timeline-convert(1)); - reads standard input")
       ->required();
   command
       .add_option("--errors", options.errors,
@@ -171,7 +173,8 @@ int main(int argc, char** argv) {
   CLI::App app{
       "Converts a replay server playlist, kept as JSON, into the editing engine's "
       "timeline.\nExit status: 0 done, 1 unusable document, file or arguments, 2 the "
-      "library refused the conversion (its message is printed unchanged)."};
+      "library refused the conversion (its message is printed unchanged, then where it comes "
+      "from), 3 check found something.\nThe manual: man timeline-convert."};
   app.name("timeline-convert");
   app.require_subcommand(1);
   Options options;
