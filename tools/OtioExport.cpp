@@ -199,6 +199,10 @@ class DocumentBuilder {
                std::to_string(overlap) + " frames its transition " + pending->Id().Text() +
                " overlaps.");
       }
+      if (start < 0) {
+        Refuse("item " + id + " starts its " + traits.name + " before frame 0, at frame " +
+               std::to_string(start) + ".");
+      }
       if (start < trackEnd) {
         Refuse("item " + id + " overlaps the " + traits.name + " before it: it starts at frame " +
                std::to_string(start) + ", the previous " + traits.name + " ends at frame " +
