@@ -111,11 +111,12 @@ class DocumentBuilder {
         {"durationMode", fromItems ? "FromTrackItems" : "FromPlaylist"},
         {"rate",
          {{"numerator", options_.rate.numerator}, {"denominator", options_.rate.denominator}}}};
-    return Json{{"OTIO_SCHEMA", "Timeline.1"},
-                {"metadata", WithEngineFields(std::move(fields))},
-                {"name", timeline_.id.Text()},
-                {"global_start_time", Time(0)},
-                {"tracks", std::move(stack)}};
+    return Json{
+        {"OTIO_SCHEMA", "Timeline.1"},
+        {"metadata", WithEngineFields(std::move(fields))},
+        {"name", options_.timelineName.empty() ? timeline_.id.Text() : options_.timelineName},
+        {"global_start_time", Time(0)},
+        {"tracks", std::move(stack)}};
   }
 
  private:
@@ -330,6 +331,7 @@ OtioExportOptions OtioOptionsFromDocument(const PlaylistDocument& document,
   OtioExportOptions options;
   options.rate = document.playlist.rate;
   options.durationMode = mode;
+  options.timelineName = document.playlist.umId.GetUmId();
   for (const auto& asset : document.assetOrder) {
     if (!asset.umId.empty()) {
       options.assetNames[asset.key.Text()] = asset.umId;

@@ -30,12 +30,15 @@ struct OtioExportOptions {
   Kov::TimePoints::Rate rate{50, 1};
   Kov::Replivo::Tollan::TimelineEngineConversion::TimelineConverter::DurationMode durationMode =
       Kov::Replivo::Tollan::TimelineEngineConversion::TimelineConverter::FromTrackItems;
+  // The timeline's name; the timeline identifier when empty.
+  std::string timelineName;
   // Clip names by asset identifier; a clip whose asset has none is named by
   // the identifier itself.
   std::map<std::string, std::string> assetNames;
 };
 
-// The rate of the document's playlist and the clip ids of its assets as names.
+// The rate of the document's playlist, its clip id as the timeline's name and
+// the clip ids of its assets as clip names.
 OtioExportOptions OtioOptionsFromDocument(
     const PlaylistDocument& document,
     Kov::Replivo::Tollan::TimelineEngineConversion::TimelineConverter::DurationMode mode);
