@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <sstream>
 
 #include "OtioExport.h"
 #include "PlaylistDocument.h"
@@ -14,7 +15,6 @@ namespace {
 namespace Engine = Kov::TimelineEngineModel;
 using Converter = Kov::Replivo::Tollan::TimelineEngineConversion::TimelineConverter;
 using Json = nlohmann::ordered_json;
-using Items = std::vector<std::shared_ptr<Engine::TrackItem>>;
 using tool_testing::ReadFile;
 using tool_testing::SourcePath;
 
@@ -37,14 +37,15 @@ std::shared_ptr<Engine::TrackItem> Fx(const char* id, int kind, int offset, int 
   return item;
 }
 
-std::string Frames(const Json& time) {
-  return std::to_string(time["value"].get<std::int64_t>());
-}
-
 // "track: child, ..." per track, children placed as the format places them:
 // a clip or gap as name@end media-start+length (xscalar), a transition as
 // name in/out.
 std::string Layout(const Json& document) {
+  const auto frames = [](const Json& time) {
+    std::ostringstream text;
+    text << time["value"].get<double>();
+    return text.str();
+  };
   std::string layout;
   for (const auto& track : document["tracks"]["children"]) {
     layout += (layout.empty() ? "" : "; ") + track["name"].get<std::string>() + ":";
@@ -52,12 +53,12 @@ std::string Layout(const Json& document) {
     for (const auto& child : track["children"]) {
       const std::string name = child["OTIO_SCHEMA"] == "Gap.1" ? "gap" : child["name"];
       if (child.contains("in_offset")) {
-        layout += " " + name + " " + Frames(child["in_offset"]) + "/" + Frames(child["out_offset"]);
+        layout += " " + name + " " + frames(child["in_offset"]) + "/" + frames(child["out_offset"]);
       } else {
         const auto& range = child["source_range"];
         end += range["duration"]["value"].get<std::int64_t>();
-        layout += " " + name + "@" + std::to_string(end) + " " + Frames(range["start_time"]) + "+" +
-                  Frames(range["duration"]);
+        layout += " " + name + "@" + std::to_string(end) + " " + frames(range["start_time"]) + "+" +
+                  frames(range["duration"]);
         for (const auto& effect : child["effects"]) {
           layout += " x" + effect["time_scalar"].dump();
         }
@@ -73,27 +74,28 @@ TEST(OtioExport, MapsEachRuleOrRefusesNamingTheItem) {
   const std::string refused = "Cannot export to OpenTimelineIO: ";
   const std::string cutA = "track 1 picture: a@100 0+100, ";
   const auto a = Media("a", 0, 100, 0, 100), overlapping = Fx("t", 2, 10, 10);
-  const std::tuple<const char*, Items, std::string> cases[] = {
-      {"Gap", {Media("a", 10, 40, 5, 40)}, "track 1 picture: gap@10 0+10, a@50 5+40"},
-      {"Overlap", {a, overlapping, Media("b", 90, 50, 20, 50)}, cutA + "t 10/0, b@140 30+40"},
-      {"NoOverlap",
-       {a, Fx("t", 1, 6, 12), Media("b", 100, 50, 20, 50)},
-       cutA + "t 6/6, b@150 20+50"},
-      {"HalfSpeed",
-       {a, overlapping, Media("b", 90, 50, 20, 25)},
-       cutA + "t 10/0, b@140 25+40 x0.5"},
-      {"Aux", {Media("x", 0, 500, 100, 500, true)}, "track 1 sound: x@500 100+500"},
-      {"Negative",
-       {Media("a", 0, -5, 0, -5)},
-       refused + "item a has a negative picture length (-5 frames)."},
-      {"Crossing",
-       {a, Media("b", 90, 50, 0, 50)},
-       refused + "item b overlaps the picture before it: it starts at frame 90, the previous "
-                 "picture ends at frame 100."},
-      {"TooShort",
-       {a, overlapping, Media("b", 90, 5, 0, 5)},
-       refused + "item b is shorter on the picture side (5 frames) than the 10 frames its "
-                 "transition t overlaps."}};
+  const std::tuple<const char*, std::vector<std::shared_ptr<Engine::TrackItem>>, std::string>
+      cases[] = {
+          {"Gap", {Media("a", 10, 40, 5, 40)}, "track 1 picture: gap@10 0+10, a@50 5+40"},
+          {"Overlap", {a, overlapping, Media("b", 90, 50, 20, 50)}, cutA + "t 10/0, b@140 30+40"},
+          {"NoOverlap",
+           {a, Fx("t", 1, 6, 12), Media("b", 100, 50, 20, 50)},
+           cutA + "t 6/6, b@150 20+50"},
+          {"HalfSpeed",
+           {a, overlapping, Media("b", 90, 50, 20, 25)},
+           cutA + "t 10/0, b@140 25+40 x0.5"},
+          {"Aux", {Media("x", 0, 500, 100, 500, true)}, "track 1 sound: x@500 100+500"},
+          {"Negative",
+           {Media("a", 0, -5, 0, -5)},
+           refused + "item a has a negative picture length (-5 frames)."},
+          {"Crossing",
+           {a, Media("b", 90, 50, 0, 50)},
+           refused + "item b overlaps the picture before it: it starts at frame 90, the previous "
+                     "picture ends at frame 100."},
+          {"TooShort",
+           {a, overlapping, Media("b", 90, 5, 0, 5)},
+           refused + "item b is shorter on the picture side (5 frames) than the 10 frames its "
+                     "transition t overlaps."}};
   for (const auto& [name, items, expected] : cases) {
     SCOPED_TRACE(name);
     Engine::Timeline timeline;
