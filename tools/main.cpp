@@ -20,6 +20,7 @@
 
 #include "Check.h"
 #include "Diagnostics.h"
+#include "OtioExport.h"
 #include "PlaylistDocument.h"
 #include "RefusalLocation.h"
 #include "TimelineJson.h"
@@ -38,6 +39,7 @@ struct Options {
   std::string input;
   std::string output = "-";
   std::string durationMode = "items";
+  std::string format = "engine";
   bool html = false;
   std::string errors = "text";
 };
@@ -116,7 +118,10 @@ int Run(Command command, const Options& options) {
     } else {
       const auto timeline =
           Conversion::TimelineConverter::ToTimeline(document.playlist, mode, document.assets);
-      if (command == Command::Convert) {
+      if (command == Command::Convert && options.format == "otio") {
+        result = TimelineConvert::TimelineToOtioText(
+            timeline, TimelineConvert::OtioOptionsFromDocument(document, mode));
+      } else if (command == Command::Convert) {
         result = TimelineConvert::TimelineToJsonText(timeline);
       } else {
         const auto labels = TimelineConvert::LabelsFromDocument(document);
@@ -182,6 +187,12 @@ int main(int argc, char** argv) {
   auto* convert =
       app.add_subcommand("convert", "Convert the playlist and write the timeline as JSON");
   AddConversionOptions(*convert, options, "Where to write the timeline JSON; - is standard output");
+  convert
+      ->add_option("--format", options.format,
+                   "engine: the engine model as JSON; otio: an OpenTimelineIO document "
+                   "(docs/otio.md)")
+      ->check(CLI::IsMember({"engine", "otio"}))
+      ->capture_default_str();
 
   auto* assets = app.add_subcommand(
       "assets",
