@@ -13,12 +13,13 @@
 #include <fstream>
 #include <iostream>
 #include <iterator>
+#include <optional>
 #include <sstream>
 #include <string>
 
 #include "PlaylistDocument.h"
+#include "TimelineHtml.h"
 #include "TimelineJson.h"
-#include "TimelineSvg.h"
 
 namespace {
 
@@ -93,6 +94,19 @@ int Run(Command command, const Options& options) {
     return Fail(kUnusableInput, InputName(options.input) + ": " + error.what());
   }
   std::string result;
+  if (command == Command::Render) {
+    // A refused playlist is still drawn, as far as it converts, and written.
+    std::optional<std::string> refusal;
+    result = TimelineConvert::RenderDocument(document, options.durationMode == "playlist",
+                                             options.html, refusal);
+    if (refusal) {
+      std::cerr << *refusal << '\n';
+    }
+    if (!WriteOutput(options.output, result)) {
+      return Fail(kUnusableInput, "cannot write " + options.output + ": " + std::strerror(errno));
+    }
+    return refusal ? kRefused : 0;
+  }
   try {
     if (command == Command::Assets) {
       result = TimelineConvert::ListUsedAssets(document);
@@ -102,15 +116,7 @@ int Run(Command command, const Options& options) {
                             : Conversion::TimelineConverter::FromTrackItems;
       const auto timeline =
           Conversion::TimelineConverter::ToTimeline(document.playlist, mode, document.assets);
-      if (command == Command::Convert) {
-        result = TimelineConvert::TimelineToJsonText(timeline);
-      } else {
-        const auto labels = TimelineConvert::LabelsFromDocument(document);
-        result = TimelineConvert::TimelineToSvg(timeline, document.playlist.rate, labels);
-        if (options.html) {
-          result = TimelineConvert::SvgToHtmlPage(result, labels.title);
-        }
-      }
+      result = TimelineConvert::TimelineToJsonText(timeline);
     }
   } catch (const std::exception& refusal) {
     // Exactly the library's text: it is what the operator was shown.
@@ -165,10 +171,12 @@ int main(int argc, char** argv) {
   auto* render = app.add_subcommand(
       "render",
       "Convert the playlist and draw the timeline: one lane per track, picture and "
-      "sound parts, transitions, a timecode ruler");
+      "sound parts, transitions, a timecode ruler, flagged problems; a refused playlist is "
+      "drawn up to the refused element, written, and exits with 2");
   AddConversionOptions(*render, options,
                        "Where to write the SVG (or HTML) picture; - is standard output");
-  render->add_flag("--html", options.html, "Write a self-contained HTML page around the SVG");
+  render->add_flag("--html", options.html,
+                   "Write an offline viewer page (zoom, search, details) instead of the SVG");
 
   try {
     app.parse(argc, argv);

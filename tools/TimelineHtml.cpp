@@ -1,0 +1,219 @@
+// Writes the viewer page: the data as one JSON value in a script element of
+// its own type (the browser parses it once, fast), then the viewer. Marks go
+// as a flat array of numbers per row so that a long timeline stays compact.
+#include "TimelineHtml.h"
+
+#include <cstdio>
+
+#include "TimelineSvg.h"
+
+namespace TimelineConvert {
+
+namespace {
+
+namespace Engine = Kov::TimelineEngineModel;
+namespace Conversion = Kov::Replivo::Tollan::TimelineEngineConversion;
+
+// A JSON string. "<" is escaped as well, so no text can close the script
+// element that holds the data.
+void AppendJsonString(std::string& out, const std::string& text) {
+  out += '"';
+  for (const char c : text) {
+    const auto byte = static_cast<unsigned char>(c);
+    if (c == '"' || c == '\\') {
+      out += '\\';
+      out += c;
+    } else if (byte < 0x20 || c == '<' || c == '>' || c == '&') {
+      char buffer[8];
+      std::snprintf(buffer, sizeof buffer, "\\u%04x", byte);
+      out += buffer;
+    } else {
+      out += c;
+    }
+  }
+  out += '"';
+}
+
+class DataWriter {
+ public:
+  explicit DataWriter(std::string& out) : out_(out) {}
+
+  DataWriter& Text(const std::string& text) {
+    Separate();
+    AppendJsonString(out_, text);
+    return *this;
+  }
+  template <typename Integer>
+  DataWriter& Int(Integer value) {
+    Separate();
+    out_ += std::to_string(value);
+    return *this;
+  }
+  DataWriter& Real(double value) {
+    Separate();
+    char buffer[32];
+    std::snprintf(buffer, sizeof buffer, "%.17g", value);
+    out_ += buffer;
+    return *this;
+  }
+  DataWriter& Raw(const char* text) {
+    Separate();
+    out_ += text;
+    return *this;
+  }
+  DataWriter& Key(const char* key) {
+    Separate();
+    AppendJsonString(out_, key);
+    out_ += ':';
+    first_ = true;
+    return *this;
+  }
+  DataWriter& Open(char bracket) {
+    Separate();
+    out_ += bracket;
+    first_ = true;
+    return *this;
+  }
+  DataWriter& Close(char bracket) {
+    out_ += bracket;
+    first_ = false;
+    return *this;
+  }
+
+ private:
+  void Separate() {
+    if (!first_) {
+      out_ += ',';
+    }
+    first_ = false;
+  }
+
+  std::string& out_;
+  bool first_ = true;
+};
+
+std::string ViewData(const Engine::Timeline& timeline, const Kov::TimePoints::Rate& rate,
+                     const PictureLabels& labels) {
+  const TimelineView view = MakeTimelineView(timeline, labels);
+  std::string out;
+  out.reserve(128 * view.items.size() + 4096);
+  DataWriter json(out);
+  json.Open('{');
+  json.Key("title").Text(labels.title);
+  json.Key("rate").Open('[').Int(rate.numerator).Int(rate.denominator).Close(']');
+  json.Key("duration").Int(timeline.duration);
+  json.Key("mode").Text(labels.durationMode);
+  json.Key("auxReason").Text(labels.auxReason);
+  json.Key("first").Real(view.firstFrame).Key("last").Real(view.lastFrame);
+  json.Key("refusal");
+  if (labels.refusal) {
+    json.Open('{').Key("message").Text(labels.refusal->message).Key("element");
+    if (labels.refusal->element) {
+      json.Int(*labels.refusal->element);
+    } else {
+      json.Raw("null");
+    }
+    json.Close('}');
+  } else {
+    json.Raw("null");
+  }
+  json.Key("tracks").Open('[');
+  for (const auto& id : view.trackIds) {
+    json.Text(id);
+  }
+  json.Close(']');
+  json.Key("assets").Open('[');
+  for (const auto& asset : labels.assets) {
+    json.Open('[').Text(asset.first).Text(asset.second).Close(']');
+  }
+  json.Close(']');
+  json.Key("elements").Open('[');
+  for (const auto& e : labels.elements) {
+    json.Open('[').Int(e.number).Int(e.itemNumber).Text(e.clip).Int(e.inBoundaryKind);
+    json.Int(e.outBoundaryKind).Int(e.videoIn).Int(e.videoOut).Int(e.audioIn).Int(e.audioOut);
+    json.Int(e.videoTransitionType).Int(e.videoTransitionDuration).Int(e.audioTransitionType);
+    json.Int(e.audioTransitionDuration).Int(e.ownSpeed ? 1 : 0).Int(e.speedNumerator);
+    json.Int(e.speedDenominator).Close(']');
+  }
+  json.Close(']');
+  // Media: [0, id, number, element, track, flags, timeline video in, length,
+  // audio in, length, media video in, length, audio in, length, asset, media
+  // id]; transition: [1, id, number, element, track, flags, audio, kind,
+  // offset, duration]; refused element: [2, "", number, element, track, flags].
+  json.Key("items").Open('[');
+  for (const auto& item : view.items) {
+    const int kind = item.transition ? 1 : (item.flags & kRefused) != 0 ? 2 : 0;
+    json.Open('[').Int(kind).Text(item.id).Text(item.number);
+    json.Int(item.element ? static_cast<long long>(*item.element) : -1LL);
+    json.Int(item.track).Int(item.flags);
+    if (kind == 0) {
+      json.Int(item.timelineVideoIn).Int(item.timelineVideoDuration).Int(item.timelineAudioIn);
+      json.Int(item.timelineAudioDuration).Int(item.mediaVideoIn).Int(item.mediaVideoDuration);
+      json.Int(item.mediaAudioIn).Int(item.mediaAudioDuration).Int(item.asset);
+      json.Text(item.asset < 0 ? item.mediaId : "");
+    } else if (kind == 1) {
+      json.Int(item.audio ? 1 : 0).Int(item.effectKind).Int(item.offset).Int(item.duration);
+    }
+    json.Close(']');
+  }
+  json.Close(']');
+  // Marks: five numbers each: start, length, kind, flags, item.
+  json.Key("rows").Open('[');
+  for (const auto& row : view.rows) {
+    json.Open('{').Key("track").Int(row.track).Key("sound").Int(row.sound ? 1 : 0);
+    json.Key("marks").Open('[');
+    for (const auto& mark : row.marks) {
+      json.Real(mark.start).Real(mark.length).Int(static_cast<int>(mark.kind)).Int(mark.flags);
+      json.Int(mark.item);
+    }
+    json.Close(']').Close('}');
+  }
+  json.Close(']');
+  json.Close('}');
+  return out;
+}
+
+}  // namespace
+
+std::string TimelineToHtml(const Engine::Timeline& timeline, const Kov::TimePoints::Rate& rate,
+                           const PictureLabels& labels) {
+  std::string page =
+      "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
+      "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n"
+      // Nothing may be fetched: the page works offline and leaks nothing.
+      "<meta http-equiv=\"Content-Security-Policy\" content=\"default-src 'none'; "
+      "script-src 'unsafe-inline'; style-src 'unsafe-inline'; img-src data:\">\n<title>";
+  page += EscapeXml(labels.title);
+  page += "</title>\n<style>\n";
+  page += ViewerStyle();
+  page +=
+      "</style>\n</head>\n<body>\n<noscript>The timeline viewer needs JavaScript; "
+      "timeline-convert render without --html writes a static SVG picture.</noscript>\n"
+      "<script type=\"application/json\" id=\"timeline-data\">";
+  page += ViewData(timeline, rate, labels);
+  page += "</script>\n<script>\n";
+  page += ViewerScript();
+  page += "</script>\n</body>\n</html>\n";
+  return page;
+}
+
+std::string RenderDocument(const PlaylistDocument& document, bool playlistDuration, bool html,
+                           std::optional<std::string>& refusal) {
+  auto labels = LabelsFromDocument(document, playlistDuration);
+  Engine::Timeline timeline;
+  try {
+    timeline = Conversion::TimelineConverter::ToTimeline(
+        document.playlist,
+        playlistDuration ? Conversion::TimelineConverter::FromPlaylist
+                         : Conversion::TimelineConverter::FromTrackItems,
+        document.assets);
+  } catch (const std::exception& error) {
+    refusal = error.what();
+    labels.refusal = PictureRefusal{error.what(), RefusedElement(document, playlistDuration)};
+    timeline = TimelineBeforeRefusal(document, playlistDuration, *labels.refusal);
+  }
+  return html ? TimelineToHtml(timeline, document.playlist.rate, labels)
+              : TimelineToSvg(timeline, document.playlist.rate, labels);
+}
+
+}  // namespace TimelineConvert
