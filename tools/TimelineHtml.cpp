@@ -3,7 +3,9 @@
 // as a flat array of numbers per row so that a long timeline stays compact.
 #include "TimelineHtml.h"
 
+#include <algorithm>
 #include <cstdio>
+#include <unordered_map>
 
 #include "TimelineSvg.h"
 
@@ -127,30 +129,56 @@ std::string ViewData(const Engine::Timeline& timeline, const Kov::TimePoints::Ra
     json.Open('[').Text(asset.first).Text(asset.second).Close(']');
   }
   json.Close(']');
+  // Clip names once each; elements refer to them by index.
+  std::unordered_map<std::string, std::size_t> clipIndex;
+  json.Key("clips").Open('[');
+  for (const auto& e : labels.elements) {
+    if (clipIndex.emplace(e.clip, clipIndex.size()).second) {
+      json.Text(e.clip);
+    }
+  }
+  json.Close(']');
   json.Key("elements").Open('[');
   for (const auto& e : labels.elements) {
-    json.Open('[').Int(e.number).Int(e.itemNumber).Text(e.clip).Int(e.inBoundaryKind);
+    json.Open('[').Int(e.number).Int(e.itemNumber).Int(clipIndex[e.clip]).Int(e.inBoundaryKind);
     json.Int(e.outBoundaryKind).Int(e.videoIn).Int(e.videoOut).Int(e.audioIn).Int(e.audioOut);
     json.Int(e.videoTransitionType).Int(e.videoTransitionDuration).Int(e.audioTransitionType);
     json.Int(e.audioTransitionDuration).Int(e.ownSpeed ? 1 : 0).Int(e.speedNumerator);
     json.Int(e.speedDenominator).Close(']');
   }
   json.Close(']');
-  // Media: [0, id, number, element, track, flags, timeline video in, length,
-  // audio in, length, media video in, length, audio in, length, asset, media
-  // id]; transition: [1, id, number, element, track, flags, audio, kind,
-  // offset, duration]; refused element: [2, "", number, element, track, flags].
+  // Identifiers are front-coded: how many characters the previous item's
+  // identifier shares with this one, then the rest (neighbours differ in a
+  // few digits). Timeline positions and lengths are those of the marks.
+  // Media: [0, shared, rest, element, track, flags, media video in, length,
+  // media audio in, length, asset, media id when no asset]; transition: [1,
+  // shared, rest, element, track, flags, audio, kind, offset, duration];
+  // the refused element: [2, 0, "", element, track, flags].
   json.Key("items").Open('[');
+  const std::string* previousId = nullptr;
   for (const auto& item : view.items) {
     const int kind = item.transition ? 1 : (item.flags & kRefused) != 0 ? 2 : 0;
-    json.Open('[').Int(kind).Text(item.id).Text(item.number);
+    std::size_t shared = 0;
+    if (previousId != nullptr) {
+      const std::size_t most = std::min(previousId->size(), item.id.size());
+      while (shared < most && (*previousId)[shared] == item.id[shared]) {
+        ++shared;
+      }
+      // Never split a UTF-8 sequence.
+      while (shared > 0 && (static_cast<unsigned char>(item.id[shared]) & 0xC0) == 0x80) {
+        --shared;
+      }
+    }
+    previousId = &item.id;
+    json.Open('[').Int(kind).Int(shared).Text(item.id.substr(shared));
     json.Int(item.element ? static_cast<long long>(*item.element) : -1LL);
     json.Int(item.track).Int(item.flags);
     if (kind == 0) {
-      json.Int(item.timelineVideoIn).Int(item.timelineVideoDuration).Int(item.timelineAudioIn);
-      json.Int(item.timelineAudioDuration).Int(item.mediaVideoIn).Int(item.mediaVideoDuration);
+      json.Int(item.mediaVideoIn).Int(item.mediaVideoDuration);
       json.Int(item.mediaAudioIn).Int(item.mediaAudioDuration).Int(item.asset);
-      json.Text(item.asset < 0 ? item.mediaId : "");
+      if (item.asset < 0) {
+        json.Text(item.mediaId);
+      }
     } else if (kind == 1) {
       json.Int(item.audio ? 1 : 0).Int(item.effectKind).Int(item.offset).Int(item.duration);
     }

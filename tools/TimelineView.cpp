@@ -43,11 +43,10 @@ std::string AuxReason(const PlaylistDocument& document) {
       return "";
     }
     if (range.duration == -1) {
-      return "0 frames: the aux clip is open-ended (length -1), and the aux item plays half of "
-             "its length";
+      return "plays 0 frames: half the length of its clip, which is open-ended (-1)";
     }
-    return "0 frames: the aux item plays half of the aux clip's short range of " +
-           std::to_string(range.duration) + " frames";
+    return "plays 0 frames: half the short range of its clip, which is " +
+           std::to_string(range.duration) + (range.duration == 1 ? " frame" : " frames");
   } catch (const std::exception&) {
     return "";
   }
