@@ -225,19 +225,25 @@ std::string TimelineToHtml(const Engine::Timeline& timeline, const Kov::TimePoin
   return page;
 }
 
-std::string RenderDocument(const PlaylistDocument& document, bool playlistDuration, bool html,
-                           std::optional<std::string>& refusal) {
+std::string RenderDocument(const PlaylistDocument& document,
+                           Conversion::TimelineConverter::DurationMode mode, bool html,
+                           std::optional<RefusalPlace>& refusal) {
+  const bool playlistDuration = mode == Conversion::TimelineConverter::FromPlaylist;
   auto labels = LabelsFromDocument(document, playlistDuration);
   Engine::Timeline timeline;
   try {
-    timeline = Conversion::TimelineConverter::ToTimeline(
-        document.playlist,
-        playlistDuration ? Conversion::TimelineConverter::FromPlaylist
-                         : Conversion::TimelineConverter::FromTrackItems,
-        document.assets);
+    timeline = Conversion::TimelineConverter::ToTimeline(document.playlist, mode, document.assets);
   } catch (const std::exception& error) {
-    refusal = error.what();
-    labels.refusal = PictureRefusal{error.what(), RefusedElement(document, playlistDuration)};
+    // Only on the failure path: finding the place converts parts again.
+    refusal = LocateRefusal(document, mode);
+    if (!refusal) {
+      refusal = RefusalPlace();
+      refusal->message = error.what();
+    }
+    labels.refusal = PictureRefusal{refusal->message, std::nullopt};
+    if (refusal->source == RefusalPlace::Source::Element) {
+      labels.refusal->element = refusal->element;
+    }
     timeline = TimelineBeforeRefusal(document, playlistDuration, *labels.refusal);
   }
   return html ? TimelineToHtml(timeline, document.playlist.rate, labels)

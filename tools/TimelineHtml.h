@@ -9,6 +9,7 @@
 #include <string>
 
 #include "PlaylistDocument.h"
+#include "RefusalLocation.h"
 #include "TimelineView.h"
 
 namespace TimelineConvert {
@@ -19,10 +20,12 @@ std::string TimelineToHtml(const Kov::TimelineEngineModel::Timeline& timeline,
 
 // Converts the document and draws it as SVG or as the viewer page. When the
 // library refuses the playlist, the picture shows the elements up to the
-// refused one, marks it and carries the refusal; `refusal` then holds the
-// library's message, unchanged.
-std::string RenderDocument(const PlaylistDocument& document, bool playlistDuration, bool html,
-                           std::optional<std::string>& refusal);
+// refused one, marks it and carries the refusal; `refusal` then holds its
+// place and the library's message, unchanged.
+std::string RenderDocument(
+    const PlaylistDocument& document,
+    Kov::Replivo::Tollan::TimelineEngineConversion::TimelineConverter::DurationMode mode, bool html,
+    std::optional<RefusalPlace>& refusal);
 
 // The viewer's script and style sheet, as kept in tools/viewer.
 const char* ViewerScript();

@@ -127,35 +127,6 @@ PictureLabels LabelsFromDocument(const PlaylistDocument& document, bool playlist
   return labels;
 }
 
-std::optional<std::size_t> RefusedElement(const PlaylistDocument& document, bool playlistDuration) {
-  auto partial = document.playlist;
-  const auto& elements = document.playlist.audioVideoTrack.elements;
-  const auto refused = [&](std::size_t length) {
-    partial.audioVideoTrack.elements.assign(elements.begin(),
-                                            elements.begin() + static_cast<std::ptrdiff_t>(length));
-    try {
-      Convert(partial, playlistDuration, document);
-      return false;
-    } catch (const std::exception&) {
-      return true;
-    }
-  };
-  if (refused(0)) {
-    return std::nullopt;
-  }
-  // Invariant: the prefix of `good` elements converts, the one of `bad` does not.
-  std::size_t good = 0;
-  std::size_t bad = elements.size();
-  if (!refused(bad)) {
-    return std::nullopt;
-  }
-  while (bad - good > 1) {
-    const std::size_t middle = good + (bad - good) / 2;
-    (refused(middle) ? bad : good) = middle;
-  }
-  return bad - 1;
-}
-
 Engine::Timeline TimelineBeforeRefusal(const PlaylistDocument& document, bool playlistDuration,
                                        const PictureRefusal& refusal) {
   auto partial = document.playlist;

@@ -76,11 +76,6 @@ Kov::TimelineEngineModel::Timeline TimelineBeforeRefusal(const PlaylistDocument&
                                                          bool playlistDuration,
                                                          const PictureRefusal& refusal);
 
-// The element the library refused, found by converting ever longer parts of
-// the track: the shortest prefix that is refused ends with it. Nothing when
-// the empty track (the aux clip, the playlist itself) is refused already.
-std::optional<std::size_t> RefusedElement(const PlaylistDocument& document, bool playlistDuration);
-
 enum class MarkKind : std::uint8_t { Picture, Sound, VideoTransition, AudioTransition, Refused };
 
 // Bits of Mark::flags.

@@ -94,9 +94,11 @@ TEST(TimelineSvg, RefusedPlaylistIsDrawnUpToTheRefusedElement) {
       "The playlist PL13 cannot be edited - contains track item (2) with a shorter video "
       "duration than their transition duration.";
   for (const bool html : {false, true}) {
-    std::optional<std::string> refusal;
-    const auto picture = TimelineConvert::RenderDocument(document, false, html, refusal);
-    EXPECT_EQ(refusal, message);
+    std::optional<TimelineConvert::RefusalPlace> refusal;
+    const auto picture = TimelineConvert::RenderDocument(
+        document, Conversion::TimelineConverter::FromTrackItems, html, refusal);
+    ASSERT_TRUE(refusal);
+    EXPECT_EQ(refusal->message, message);
     if (html) {
       EXPECT_NE(picture.find("\"refusal\":{\"message\":\"" + message + "\",\"element\":1}"),
                 std::string::npos);
