@@ -548,7 +548,7 @@
   wrap.addEventListener("pointerdown", function (event) {
     drag = { x: event.clientX, start: view.start, moved: false };
     wrap.setPointerCapture(event.pointerId);
-    wrap.focus();
+    wrap.focus({ preventScroll: true });
   });
   wrap.addEventListener("pointermove", function (event) {
     var box = canvas.getBoundingClientRect(), x = event.clientX - box.left, y = event.clientY - box.top;
