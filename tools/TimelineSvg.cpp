@@ -465,14 +465,15 @@ class Picture {
     } else if (band.count > 1) {
       const double x = kLeftMargin + band.index * kBandWidth;
       // The share of the band that the merged marks cover, so that a gap
-      // stays lighter than a run of items.
+      // stays lighter than a run of items; merged transitions are a strip
+      // along the bottom, so the items under them stay visible.
       const double opacity = std::min(1.0, 0.3 + 0.7 * band.pixels / kBandWidth);
       out_ << "<rect class=\"band" << (fx ? " fx" : "") << (band.problems > 0 ? " problem" : "")
-           << "\" x=\"" << Number(x) << "\" y=\"" << Number(rowTop) << "\" width=\""
-           << Number(kBandWidth) << "\" height=\"" << Number(kRowHeight) << "\" fill-opacity=\""
-           << Number(opacity) << "\"><title>" << band.count << (fx ? " transitions" : " items")
-           << " merged, " << EscapeXml(band.firstNumber) << "\xE2\x80\xA6"
-           << EscapeXml(band.lastNumber);
+           << "\" x=\"" << Number(x) << "\" y=\"" << Number(fx ? rowTop + kRowHeight - 6 : rowTop)
+           << "\" width=\"" << Number(kBandWidth) << "\" height=\"" << Number(fx ? 6 : kRowHeight)
+           << "\" fill-opacity=\"" << Number(opacity) << "\"><title>" << band.count
+           << (fx ? " transitions" : " items") << " merged, " << EscapeXml(band.firstNumber)
+           << "\xE2\x80\xA6" << EscapeXml(band.lastNumber);
       if (band.problems > 0) {
         out_ << ", " << band.problems << " flagged";
       }

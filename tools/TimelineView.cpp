@@ -86,6 +86,7 @@ PictureLabels LabelsFromDocument(const PlaylistDocument& document, bool playlist
   const auto& elements = playlist.audioVideoTrack.elements;
   labels.elements.reserve(elements.size());
   labels.itemElements.reserve(3 * elements.size());
+  labels.itemNumbers.reserve(elements.size() + 1);
   for (std::size_t index = 0; index < elements.size(); ++index) {
     const auto& element = elements[index];
     SourceElement source;

@@ -9,7 +9,6 @@
 #include <TimelineEngineConversion/TimelineEngineConversion.h>
 
 #include <cstdint>
-#include <map>
 #include <optional>
 #include <string>
 #include <unordered_map>
@@ -54,7 +53,7 @@ struct PictureLabels {
   // in this order.
   std::vector<std::pair<std::string, std::string>> assets;
   // Media item identifier to the number the operator knows it by.
-  std::map<std::string, std::string> itemNumbers;
+  std::unordered_map<std::string, std::string> itemNumbers;
   // Item identifier (media and transition items) to its index in elements.
   std::unordered_map<std::string, std::size_t> itemElements;
   std::vector<SourceElement> elements;

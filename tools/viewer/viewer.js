@@ -320,7 +320,8 @@
     if (room > 14) {
       labels.push({ choices: label(item, flags), left: left, room: room, top: top,
         color: kind === KIND.picture || kind === KIND.sound ? (flags & FLAG.negative ? "#8a0015" : "#ffffff")
-          : kind === KIND.refused ? "#b00020" : "#1a1a1a" });
+          : kind === KIND.refused ? "#b00020" : "#1a1a1a",
+        backdrop: kind === KIND.refused || (flags & FLAG.negative) !== 0 });
     }
   }
   // Labels go on last, after the transitions that cover the start of an item.
@@ -329,7 +330,10 @@
     context.font = "11px monospace";
     labels.forEach(function (job) {
       for (var c = 0; c < job.choices.length; c++) {
-        if (context.measureText(job.choices[c]).width + 2 <= job.room) {
+        var textWidth = context.measureText(job.choices[c]).width;
+        if (textWidth + 2 <= job.room) {
+          // Text on a hatched box needs a ground of its own.
+          if (job.backdrop) { context.fillStyle = "#ffffff"; context.fillRect(job.left + 2, job.top + 4, textWidth + 4, 14); }
           context.fillStyle = job.color;
           context.fillText(job.choices[c], job.left + 4, job.top + 15);
           return;
