@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <limits>
 
 namespace TimelineConvert {
 
@@ -42,11 +43,19 @@ std::string AuxReason(const PlaylistDocument& document) {
     if (half != 0 && half != -1) {
       return "";
     }
+    const auto& asset = found->second;
+    const bool wholeMaterial = asset.assetKind == 1;
     if (range.duration == -1) {
-      return "plays 0 frames: half the length of its clip, which is open-ended (-1)";
+      return wholeMaterial
+                 ? "plays 0 frames: its clip's material has an open end"
+                 : "plays 0 frames: its clip's marked range (shortBounds) has an open end";
     }
-    return "plays 0 frames: half the short range of its clip, which is " +
-           std::to_string(range.duration) + (range.duration == 1 ? " frame" : " frames");
+    if (!wholeMaterial && asset.shortBounds.start.value == asset.shortBounds.end.value) {
+      return "plays 0 frames: its clip has no marked range (shortBounds)";
+    }
+    return std::string("plays 0 frames: half of its clip's ") +
+           (wholeMaterial ? "material" : "marked range") + ", which is " +
+           std::to_string(range.duration) + (range.duration == 1 ? " frame" : " frames") + " long";
   } catch (const std::exception&) {
     return "";
   }
@@ -148,12 +157,27 @@ Engine::Timeline TimelineBeforeRefusal(const PlaylistDocument& document, bool pl
 
 namespace {
 
-// Tracks, per row, where the last media part ended and whether a transition
-// came after it, to find overlaps nothing explains.
+// Tracks, per row, where the last media part ended, how far the ones before
+// it reached, and whether a transition came after it, to find overlaps
+// nothing explains: a transition explains an overlap with the part just
+// before it, never one with an older part.
 struct RowState {
   double end = 0;
+  double older = -std::numeric_limits<double>::infinity();
   bool seenMedia = false;
   bool transitionSince = false;
+
+  bool Overlaps(double low) const {
+    return seenMedia && (low < older || (low < end && !transitionSince));
+  }
+  void Passed(double high) {
+    if (seenMedia) {
+      older = std::max(older, end);
+    }
+    end = high;
+    seenMedia = true;
+    transitionSince = false;
+  }
 };
 
 struct ViewBuilder {
@@ -173,13 +197,10 @@ struct ViewBuilder {
     }
     const double low = std::min(mark.start, mark.start + mark.length);
     const double high = std::max(mark.start, mark.start + mark.length);
-    if (state.seenMedia && low < state.end && !state.transitionSince &&
-        (mark.flags & kAuxZero) == 0) {
+    if ((mark.flags & kAuxZero) == 0 && state.Overlaps(low)) {
       mark.flags |= kOverlap;
     }
-    state.end = high;
-    state.seenMedia = true;
-    state.transitionSince = false;
+    state.Passed(high);
     if (length > 0) {
       mediaLengths.push_back(mark.length);
     }
@@ -221,15 +242,20 @@ struct ViewBuilder {
     // A part the element does not have is 0 on both sides and is not drawn;
     // the aux item that plays nothing is drawn all the same, as a marker.
     const bool aux = view.items[index].number == "aux";
+    // A part that is not drawn still ends where it is placed.
     if (media.timelineVideoDuration != 0 || media.mediaVideoDuration != 0) {
       AddPart(rows[2 * track], states[0], media.timelineVideoIn, media.timelineVideoDuration,
               media.mediaVideoDuration, flags, index);
+    } else {
+      states[0].Passed(static_cast<double>(media.timelineVideoIn));
     }
     if (media.timelineAudioDuration != 0 || media.mediaAudioDuration != 0) {
       AddPart(rows[2 * track + 1], states[1], media.timelineAudioIn, media.timelineAudioDuration,
               media.mediaAudioDuration, flags, index);
     } else if (aux) {
       AddPart(rows[2 * track + 1], states[1], media.timelineAudioIn, 0, 0, flags | kAuxZero, index);
+    } else {
+      states[1].Passed(static_cast<double>(media.timelineAudioIn));
     }
   }
 

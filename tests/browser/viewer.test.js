@@ -127,6 +127,30 @@ test("search finds an element number, an item id and a clip name", async () => {
   await page.close();
 });
 
+// Documents made to show one fault each (shared with the check command's tests).
+const flagged = [
+  { document: "check-negative-speed", query: "1", texts: ["negative length on the timeline", "\u00d7-1"] },
+  { document: "check-negative-duration", query: "1", texts: ["negative length on the timeline"] },
+  { document: "check-overlap", query: "3", texts: ["starts before the part before it ends, with no transition"] },
+  { document: "check-aux-no-marked-range", query: "aux", texts: ["aux item plays 0 frames: its clip has no marked range (shortBounds)"] },
+  { document: "check-aux-open-end", query: "aux", texts: ["its clip's marked range (shortBounds) has an open end"] },
+];
+for (const row of flagged) {
+  test(`flags in ${row.document}`, async () => {
+    const rendered = support.render(path.join(support.root, "tests/tools/documents", row.document + ".json"), row.document);
+    assert.equal(rendered.status, 0, rendered.stderr);
+    const { page, problems } = await support.open(browser, rendered.page);
+    await page.fill("#search", row.query);
+    await page.press("#search", "Enter");
+    const details = await page.textContent("#details");
+    for (const text of row.texts) assert.ok(details.includes(text), `${text} in ${details}`);
+    await drawn(page, () => page.click("#zoom-fit"));
+    await support.screenshot(page, row.document);
+    assert.deepEqual(problems, []);
+    await page.close();
+  });
+}
+
 test(`a ${LONG_ELEMENTS}-element page is interactive within ${READY_LIMIT_MS / 1000} s`, async () => {
   const long = support.render(support.writeLongPlaylist(LONG_ELEMENTS), "long");
   assert.equal(long.status, 0, long.stderr);

@@ -505,6 +505,7 @@
     var found = [], number = /^#?(\d+)$/.exec(query), lower = query.toLowerCase();
     if (!query) return found;
     if (byId.has(query)) return [byId.get(query)];
+    if (lower === "aux") return items.map(function (item, index) { return index; }).filter(function (index) { return numberOf(index) === "aux"; });
     items.forEach(function (item, index) {
       if (item[0] === 1) return;
       var e = item[3] >= 0 ? elements[item[3]] : null;
