@@ -109,7 +109,8 @@ std::string ViewData(const Engine::Timeline& timeline, const Kov::TimePoints::Ra
   json.Key("first").Real(view.firstFrame).Key("last").Real(view.lastFrame);
   json.Key("refusal");
   if (labels.refusal) {
-    json.Open('{').Key("message").Text(labels.refusal->message).Key("element");
+    json.Open('{').Key("message").Text(labels.refusal->message);
+    json.Key("place").Text(labels.refusal->place).Key("element");
     if (labels.refusal->element) {
       json.Int(*labels.refusal->element);
     } else {
@@ -240,7 +241,7 @@ std::string RenderDocument(const PlaylistDocument& document,
       refusal = RefusalPlace();
       refusal->message = error.what();
     }
-    labels.refusal = PictureRefusal{refusal->message, std::nullopt};
+    labels.refusal = PictureRefusal{refusal->message, std::nullopt, DescribePlace(*refusal)};
     if (refusal->source == RefusalPlace::Source::Element) {
       labels.refusal->element = refusal->element;
     }

@@ -208,12 +208,13 @@ class Picture {
     }
     if (labels_.refusal) {
       headerLines_.push_back("Refused: " + labels_.refusal->message);
-      if (labels_.refusal->element && *labels_.refusal->element < labels_.elements.size()) {
-        const auto& source = labels_.elements[*labels_.refusal->element];
-        headerLines_.push_back("at element " + std::to_string(source.index + 1) + " (number " +
-                               std::to_string(source.number) + ", item #" +
-                               std::to_string(source.itemNumber) + ", clip " + source.clip +
-                               "); the elements before it are drawn as converted");
+      const bool drawn =
+          labels_.refusal->element && *labels_.refusal->element < labels_.elements.size();
+      if (!labels_.refusal->place.empty() || drawn) {
+        headerLines_.push_back(labels_.refusal->place +
+                               (drawn ? std::string(labels_.refusal->place.empty() ? "" : "; ") +
+                                            "the elements before it are drawn as converted"
+                                      : ""));
       }
     }
     for (const auto& line : headerLines_) {
@@ -318,7 +319,7 @@ class Picture {
       return "";
     }
     const auto& source = labels_.elements[*item.element];
-    std::string text = "\nelement " + std::to_string(source.index + 1) + " (number " +
+    std::string text = "\nelement " + std::to_string(source.index) + " (number " +
                        std::to_string(source.number) + ", clip " + source.clip + ")";
     if (!item.transition) {
       text += "\nspeed " + SpeedText(source.speedNumerator, source.speedDenominator) +

@@ -44,6 +44,9 @@ struct SourceElement {
 struct PictureRefusal {
   std::string message;
   std::optional<std::size_t> element;
+  // Where it comes from, as the tool's messages say it ("at element 1 (item
+  // 2, clip CAM-2)"); empty when that is not known.
+  std::string place;
 };
 
 // How the picture names things the timeline only knows by identifier.

@@ -100,11 +100,15 @@ TEST(TimelineSvg, RefusedPlaylistIsDrawnUpToTheRefusedElement) {
     ASSERT_TRUE(refusal);
     EXPECT_EQ(refusal->message, message);
     if (html) {
-      EXPECT_NE(picture.find("\"refusal\":{\"message\":\"" + message + "\",\"element\":1}"),
-                std::string::npos);
+      EXPECT_NE(
+          picture.find("\"refusal\":{\"message\":\"" + message +
+                       "\",\"place\":\"at element 1 (item 2, clip CAM-B-0032)\",\"element\":1}"),
+          std::string::npos);
     } else {
       EXPECT_TRUE(tool_testing::IsWellFormedXml(picture));
       EXPECT_NE(picture.find(">Refused: " + message + "<"), std::string::npos);
+      EXPECT_NE(picture.find(">at element 1 (item 2, clip CAM-B-0032); the elements before"),
+                std::string::npos);
       EXPECT_NE(picture.find(">#2 refused<"), std::string::npos);
       EXPECT_EQ(Count(picture, "<rect class=\"picture\""), 1U + 1);
     }

@@ -456,7 +456,7 @@
     }
     if (item[3] >= 0) {
       var e = elements[item[3]];
-      details.appendChild(element("h3", {}, "Source element " + (item[3] + 1) + " of the audio-video track"));
+      details.appendChild(element("h3", {}, "Source element: audioVideoTrack.elements[" + item[3] + "]"));
       details.appendChild(table([["number", e[0]], ["itemNumber", e[1]], ["umId (clip)", clipOf(e)],
         ["inBoundaryKind", BOUNDARY[e[3]] || e[3]], ["outBoundaryKind", BOUNDARY[e[4]] || e[4]],
         ["videoInValue", e[5]], ["videoOutValue", e[6]], ["audioInValue", e[7]], ["audioOutValue", e[8]],
@@ -481,15 +481,15 @@
     showDetails();
     redraw();
     var item = items[itemIndex];
-    var hash = itemIndex < 0 ? "" : ids[itemIndex] ? "#item=" + encodeURIComponent(ids[itemIndex]) : "#element=" + (item[3] + 1);
+    var hash = itemIndex < 0 ? "" : ids[itemIndex] ? "#item=" + encodeURIComponent(ids[itemIndex]) : "#element=" + item[3];
     if (location.hash !== hash) history.replaceState(null, "", hash || location.pathname + location.search);
-    wrap.dataset.selected = itemIndex >= 0 ? ids[itemIndex] || "element-" + (item[3] + 1) : "";
+    wrap.dataset.selected = itemIndex >= 0 ? ids[itemIndex] || "element-" + item[3] : "";
   }
   function followHash() {
     var match = /^#item=(.+)$/.exec(location.hash), target = -1;
     if (match) target = byId.has(decodeURIComponent(match[1])) ? byId.get(decodeURIComponent(match[1])) : -1;
     match = /^#element=(\d+)$/.exec(location.hash);
-    if (match) target = findElementItem(Number(match[1]) - 1);
+    if (match) target = findElementItem(Number(match[1]));
     if (target >= 0 && target !== selected) select(target, true);
   }
   function findElementItem(elementIndex) {
@@ -584,7 +584,7 @@
   window.addEventListener("resize", function () { var span = drawWidth() / view.scale; resize(); view.scale = drawWidth() / span; clampView(); redraw(); });
   window.addEventListener("hashchange", followHash);
   if (data.refusal) {
-    banner.textContent = "Refused: " + data.refusal.message + (refusedItem >= 0 ? "  \u2192 show element " + numberOf(refusedItem) : "");
+    banner.textContent = "Refused: " + data.refusal.message + (data.refusal.place ? " \u2013 " + data.refusal.place : "") + (refusedItem >= 0 ? "  \u2192 show element " + numberOf(refusedItem) : "");
     banner.classList.add("shown");
     var showRefused = function () { if (refusedItem >= 0) select(refusedItem, true); };
     banner.addEventListener("click", showRefused);
