@@ -86,4 +86,4 @@ async function screenshot(page, name) {
   await page.screenshot({ path: path.join(screenshots, name + ".png") });
 }
 
-module.exports = { __long: longPlaylist, root, tool, render, writeLongPlaylist, launch, open, screenshot, execFileSync };
+module.exports = { longPlaylist, root, tool, render, writeLongPlaylist, launch, open, screenshot, execFileSync };
