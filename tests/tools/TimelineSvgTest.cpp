@@ -155,6 +155,29 @@ TEST(TimelineSvg, FlagsWhatNeedsASecondLook) {
   }
 }
 
+// The documents made to show one fault each, drawn from the document.
+TEST(TimelineSvg, DedicatedDocumentsShowTheirFault) {
+  const std::pair<const char*, const char*> cases[] = {
+      {"check-negative-speed", ">#1 \xC3\x97-1 -100f! A1 CAM-1<"},
+      {"check-negative-duration", ">#1 -50f! A1 CAM-1<"},
+      {"check-overlap", ">#3 overlap! A1 CAM-1<"},
+      {"check-aux-open-end",
+       ">aux item plays 0 frames: its clip&apos;s marked range (shortBounds) has an open end<"},
+      {"check-aux-no-marked-range",
+       ">aux item plays 0 frames: its clip has no marked range (shortBounds)<"},
+  };
+  for (const auto& [name, expected] : cases) {
+    SCOPED_TRACE(name);
+    const auto document = TimelineConvert::ReadPlaylistDocument(tool_testing::ReadFile(
+        tool_testing::SourcePath(std::string("tests/tools/documents/") + name + ".json")));
+    std::optional<TimelineConvert::RefusalPlace> refusal;
+    const auto svg = TimelineConvert::RenderDocument(
+        document, Conversion::TimelineConverter::FromTrackItems, false, refusal);
+    EXPECT_FALSE(refusal);
+    EXPECT_NE(svg.find(expected), std::string::npos);
+  }
+}
+
 // Narrow items merge into bands, so the picture grows with its width.
 TEST(TimelineSvg, LongTimelineStaysBounded) {
   PictureLabels labels;
