@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <iterator>
 #include <unordered_map>
 
 #include "TimelineSvg.h"
@@ -139,35 +140,45 @@ std::string ViewData(const Engine::Timeline& timeline, const Kov::TimePoints::Ra
     }
   }
   json.Close(']');
+  // Element: [number, item number, clip, in kind, out kind, video in, out,
+  // audio in, out, speed numerator, denominator, own speed, video transition
+  // type, duration, audio transition type, duration], trailing zeros left out.
   json.Key("elements").Open('[');
   for (const auto& e : labels.elements) {
     json.Open('[').Int(e.number).Int(e.itemNumber).Int(clipIndex[e.clip]).Int(e.inBoundaryKind);
     json.Int(e.outBoundaryKind).Int(e.videoIn).Int(e.videoOut).Int(e.audioIn).Int(e.audioOut);
-    json.Int(e.videoTransitionType).Int(e.videoTransitionDuration).Int(e.audioTransitionType);
-    json.Int(e.audioTransitionDuration).Int(e.ownSpeed ? 1 : 0).Int(e.speedNumerator);
-    json.Int(e.speedDenominator).Close(']');
+    json.Int(e.speedNumerator).Int(e.speedDenominator);
+    const std::int64_t rare[] = {e.ownSpeed ? 1 : 0, e.videoTransitionType,
+                                 e.videoTransitionDuration, e.audioTransitionType,
+                                 e.audioTransitionDuration};
+    std::size_t used = std::size(rare);
+    while (used > 0 && rare[used - 1] == 0) {
+      --used;
+    }
+    for (std::size_t field = 0; field < used; ++field) {
+      json.Int(rare[field]);
+    }
+    json.Close(']');
   }
   json.Close(']');
   // Identifiers are front-coded: how many characters the previous item's
-  // identifier shares with this one, then the rest (neighbours differ in a
-  // few digits). Timeline positions and lengths are those of the marks.
-  // Media: [0, shared, rest, element, track, flags, media video in, length,
-  // media audio in, length, asset, media id when no asset]; transition: [1,
-  // shared, rest, element, track, flags, audio, kind, offset, duration];
-  // the refused element: [2, 0, "", element, track, flags].
+  // identifier of the same kind (transition or not) shares with this one,
+  // then the rest (neighbours differ in a few digits). Timeline positions and lengths are those of
+  // the marks. Media: [0, shared, rest, element, track, flags, media video in, length, media audio
+  // in, length, asset, media id when no asset]; transition: [1, shared, rest, element, track,
+  // flags, audio, kind, offset, duration]; the refused element: [2, 0, "", element, track, flags].
   json.Key("items").Open('[');
-  const std::string* previousId = nullptr;
+  const std::string* previousIds[2] = {nullptr, nullptr};
   for (const auto& item : view.items) {
     const int kind = item.transition ? 1 : (item.flags & kRefused) != 0 ? 2 : 0;
+    const std::string*& previousId = previousIds[kind == 1 ? 1 : 0];
     std::size_t shared = 0;
     if (previousId != nullptr) {
       const std::size_t most = std::min(previousId->size(), item.id.size());
-      while (shared < most && (*previousId)[shared] == item.id[shared]) {
+      // ASCII only: the viewer counts the shared part in characters.
+      while (shared < most && (*previousId)[shared] == item.id[shared] &&
+             static_cast<unsigned char>(item.id[shared]) < 0x80) {
         ++shared;
-      }
-      // Never split a UTF-8 sequence.
-      while (shared > 0 && (static_cast<unsigned char>(item.id[shared]) & 0xC0) == 0x80) {
-        --shared;
       }
     }
     previousId = &item.id;

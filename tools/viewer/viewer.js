@@ -65,12 +65,13 @@
 
   // ---- Data -------------------------------------------------------------
   var elements = data.elements, items = data.items;
-  // Identifiers come front-coded: characters shared with the previous one, then the rest.
-  var ids = new Array(items.length), previousId = "", byId = new Map();
+  // Identifiers come front-coded: characters shared with the previous one
+  // of the same kind (transition or not), then the rest.
+  var ids = new Array(items.length), previousIds = ["", ""], byId = new Map();
   items.forEach(function (item, index) {
-    previousId = previousId.slice(0, item[1]) + item[2];
-    ids[index] = previousId;
-    if (previousId) byId.set(previousId, index);
+    var kind = item[0] === 1 ? 1 : 0, id = previousIds[kind].slice(0, item[1]) + item[2];
+    previousIds[kind] = ids[index] = id;
+    if (id) byId.set(id, index);
   });
   function clipOf(e) { return data.clips[e[2]]; }
   function numberOf(index) {
@@ -198,7 +199,7 @@
     if (item[0] === 2) return [numberOf(index) + " refused", numberOf(index)];
     if (item[0] === 1) return ["kind " + item[7] + ", " + item[9] + "f", "k" + item[7] + " " + item[9], "k" + item[7]];
     var number = numberOf(index), text = number;
-    if ((flags & FLAG.speed) && item[3] >= 0) text += " " + speedText(elements[item[3]][14], elements[item[3]][15]);
+    if ((flags & FLAG.speed) && item[3] >= 0) text += " " + speedText(elements[item[3]][9], elements[item[3]][10]);
     if (flags & FLAG.negative) text += " negative!";
     if (flags & FLAG.overlap) text += " overlap!";
     return [text + " " + assetText(item), text, number];
@@ -210,7 +211,7 @@
       lines.push("item " + numberOf(itemIndex) + "  " + assetText(item));
       lines.push("picture: timeline " + place[0] + " + " + place[1] + ", media " + item[6] + " + " + item[7]);
       lines.push("sound:   timeline " + place[2] + " + " + place[3] + ", media " + item[8] + " + " + item[9]);
-      if (item[3] >= 0) lines.push("speed " + speedText(elements[item[3]][14], elements[item[3]][15]));
+      if (item[3] >= 0) lines.push("speed " + speedText(elements[item[3]][9], elements[item[3]][10]));
     } else if (item[0] === 1) {
       lines.push((item[6] ? "audio" : "video") + " transition of " + numberOf(itemIndex).split(" ")[0]);
       lines.push("effect kind " + item[7] + ", offset " + item[8] + ", duration " + item[9] + " frames");
@@ -448,7 +449,7 @@
         ["timeline video in", place[0]], ["timeline video length", place[1]], ["timeline audio in", place[2]],
         ["timeline audio length", place[3]], ["media video in", item[6]], ["media video length", item[7] === -1 ? "-1 (open-ended)" : item[7]],
         ["media audio in", item[8]], ["media audio length", item[9] === -1 ? "-1 (open-ended)" : item[9]],
-        ["speed", item[3] >= 0 ? speedText(elements[item[3]][14], elements[item[3]][15]) : "\u00d71 (aux: none applied)"],
+        ["speed", item[3] >= 0 ? speedText(elements[item[3]][9], elements[item[3]][10]) : "\u00d71 (aux: none applied)"],
         ["asset", asset[0]], ["clip", asset[1]]]));
     } else if (item[0] === 1) {
       details.appendChild(table([["id", ids[selected]], ["track", item[4] + 1], ["side", item[6] ? "audio" : "video"],
@@ -460,8 +461,8 @@
       details.appendChild(table([["number", e[0]], ["itemNumber", e[1]], ["umId (clip)", clipOf(e)],
         ["inBoundaryKind", BOUNDARY[e[3]] || e[3]], ["outBoundaryKind", BOUNDARY[e[4]] || e[4]],
         ["videoInValue", e[5]], ["videoOutValue", e[6]], ["audioInValue", e[7]], ["audioOutValue", e[8]],
-        ["transitionType", e[9]], ["videoTransitionDuration", e[10]], ["audioTransitionType", e[11]],
-        ["audioTransitionDuration", e[12]], ["speed", e[13] ? e[14] + "/" + e[15] : "none of its own (" + e[14] + "/" + e[15] + " goes on)"]]));
+        ["transitionType", e[12] || 0], ["videoTransitionDuration", e[13] || 0], ["audioTransitionType", e[14] || 0],
+        ["audioTransitionDuration", e[15] || 0], ["speed", e[11] ? e[9] + "/" + e[10] : "none of its own (" + e[9] + "/" + e[10] + " goes on)"]]));
     }
   }
   function reveal(itemIndex) {
