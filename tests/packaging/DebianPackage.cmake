@@ -49,7 +49,10 @@ foreach(header IN LISTS headers)
   list(APPEND expected "usr/include/TimelineEngineConversion/${header}")
 endforeach()
 if(TEC_TOOL_NAME)
-  list(APPEND expected "usr/bin/${TEC_TOOL_NAME}")
+  list(APPEND expected "usr/bin/${TEC_TOOL_NAME}" "usr/share/man/man1/${TEC_TOOL_NAME}.1.gz"
+    "usr/share/bash-completion/completions/${TEC_TOOL_NAME}"
+    "usr/share/doc/${TEC_TOOL_NAME}/json-format.md"
+    "usr/share/doc/${TEC_TOOL_NAME}/playlist.schema.json")
 endif()
 
 set(problems "")
