@@ -15,6 +15,7 @@
 #include <fstream>
 #include <iostream>
 #include <iterator>
+#include <optional>
 #include <sstream>
 #include <string>
 
@@ -23,8 +24,8 @@
 #include "OtioExport.h"
 #include "PlaylistDocument.h"
 #include "RefusalLocation.h"
+#include "TimelineHtml.h"
 #include "TimelineJson.h"
-#include "TimelineSvg.h"
 
 namespace {
 
@@ -104,6 +105,19 @@ int Run(Command command, const Options& options) {
                         ? Conversion::TimelineConverter::FromPlaylist
                         : Conversion::TimelineConverter::FromTrackItems;
   std::string result;
+  if (command == Command::Render) {
+    // A refused playlist is still drawn, as far as it converts, and written.
+    std::optional<TimelineConvert::RefusalPlace> refusal;
+    result = TimelineConvert::RenderDocument(document, mode, options.html, refusal);
+    if (refusal) {
+      report.Refused(InputName(options.input), *refusal);
+    }
+    if (!WriteOutput(options.output, result)) {
+      report.Io(options.output, "write", std::strerror(errno));
+      return kUnusableInput;
+    }
+    return refusal ? kRefused : 0;
+  }
   int status = 0;
   try {
     if (command == Command::Check) {
@@ -118,17 +132,11 @@ int Run(Command command, const Options& options) {
     } else {
       const auto timeline =
           Conversion::TimelineConverter::ToTimeline(document.playlist, mode, document.assets);
-      if (command == Command::Convert && options.format == "otio") {
+      if (options.format == "otio") {
         result = TimelineConvert::TimelineToOtioText(
             timeline, TimelineConvert::OtioOptionsFromDocument(document, mode));
-      } else if (command == Command::Convert) {
-        result = TimelineConvert::TimelineToJsonText(timeline);
       } else {
-        const auto labels = TimelineConvert::LabelsFromDocument(document);
-        result = TimelineConvert::TimelineToSvg(timeline, document.playlist.rate, labels);
-        if (options.html) {
-          result = TimelineConvert::SvgToHtmlPage(result, labels.title);
-        }
+        result = TimelineConvert::TimelineToJsonText(timeline);
       }
     }
   } catch (const std::exception& refusal) {
@@ -203,10 +211,12 @@ int main(int argc, char** argv) {
   auto* render = app.add_subcommand(
       "render",
       "Convert the playlist and draw the timeline: one lane per track, picture and "
-      "sound parts, transitions, a timecode ruler");
+      "sound parts, transitions, a timecode ruler, flagged problems; a refused playlist is "
+      "drawn up to the refused element, written, and exits with 2");
   AddConversionOptions(*render, options,
                        "Where to write the SVG (or HTML) picture; - is standard output");
-  render->add_flag("--html", options.html, "Write a self-contained HTML page around the SVG");
+  render->add_flag("--html", options.html,
+                   "Write an offline viewer page (zoom, search, details) instead of the SVG");
 
   auto* check = app.add_subcommand(
       "check",

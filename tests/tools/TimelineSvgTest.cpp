@@ -3,8 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <optional>
 
 #include "PlaylistDocument.h"
+#include "TimelineHtml.h"
 #include "TimelineSvg.h"
 #include "ToolTestSupport.h"
 
@@ -64,19 +66,126 @@ TEST(TimelineSvg, ShippedExampleShowsLanesItemsTransitionsAndRuler) {
   EXPECT_TRUE(tool_testing::IsWellFormedXml(svg));
   EXPECT_EQ(Count(svg, "<g class=\"track\">"), 2U);
   // The legend draws one more of each kind of box.
-  EXPECT_EQ(Count(svg, "<rect class=\"picture\""), 4U + 1);
-  EXPECT_EQ(Count(svg, "<rect class=\"sound\""), 5U + 1);
+  // The legend draws one more of each kind of box; item 3 plays at half speed.
+  EXPECT_EQ(Count(svg, "<rect class=\"picture\""), 3U + 1);
+  EXPECT_EQ(Count(svg, "<rect class=\"picture speed\""), 1U + 1);
+  EXPECT_EQ(Count(svg, "<rect class=\"sound\""), 4U + 1);
   EXPECT_EQ(Count(svg, "<rect class=\"vfx\""), 2U + 1);
   EXPECT_EQ(Count(svg, "<rect class=\"afx\""), 1U + 1);
-  EXPECT_NE(svg.find(">#2 A2 CAM-B-0032<"), std::string::npos);
-  EXPECT_NE(svg.find(">aux A4 COMMENT-01<"), std::string::npos);
-  EXPECT_NE(svg.find(">00:00:02:00<"), std::string::npos);
+  for (const char* text :
+       {">#2 A2 CAM-B-0032<",
+        ">#3 \xC3\x97"
+        "0.5 A3 CAM-SSM-001<",
+        ">aux A4 COMMENT-01<", ">00:00:02:00<", ">end 00:00:11:00<", "duration mode items"}) {
+    EXPECT_NE(svg.find(text), std::string::npos) << text;
+  }
   // The overlapping dissolve covers the start of item 2, which begins 10
   // frames before item 1 ends; the centred wipe straddles the cut at 440.
   const auto pictures = RectXs(svg, "picture");
   const auto dissolves = RectXs(svg, "vfx");
   EXPECT_DOUBLE_EQ(dissolves[0], pictures[1]);
-  EXPECT_LT(dissolves[1], pictures[3]);
+  EXPECT_LT(dissolves[1], pictures[2]);
+}
+
+TEST(TimelineSvg, RefusedPlaylistIsDrawnUpToTheRefusedElement) {
+  const auto document = TimelineConvert::ReadPlaylistDocument(
+      tool_testing::ReadFile(tool_testing::SourcePath("examples/refused.json")));
+  const std::string message =
+      "The playlist PL13 cannot be edited - contains track item (2) with a shorter video "
+      "duration than their transition duration.";
+  for (const bool html : {false, true}) {
+    std::optional<TimelineConvert::RefusalPlace> refusal;
+    const auto picture = TimelineConvert::RenderDocument(
+        document, Conversion::TimelineConverter::FromTrackItems, html, refusal);
+    ASSERT_TRUE(refusal);
+    EXPECT_EQ(refusal->message, message);
+    if (html) {
+      EXPECT_NE(
+          picture.find("\"refusal\":{\"message\":\"" + message +
+                       "\",\"place\":\"at element 1 (item 2, clip CAM-B-0032)\",\"element\":1}"),
+          std::string::npos);
+    } else {
+      EXPECT_TRUE(tool_testing::IsWellFormedXml(picture));
+      EXPECT_NE(picture.find(">Refused: " + message + "<"), std::string::npos);
+      EXPECT_NE(picture.find(">at element 1 (item 2, clip CAM-B-0032); the elements before"),
+                std::string::npos);
+      EXPECT_NE(picture.find(">#2 refused<"), std::string::npos);
+      EXPECT_EQ(Count(picture, "<rect class=\"picture\""), 1U + 1);
+    }
+  }
+}
+
+// Each row breaks the plain run of 100-frame items in one way.
+TEST(TimelineSvg, FlagsWhatNeedsASecondLook) {
+  const struct {
+    const char* name;
+    std::int64_t secondLength;
+    std::int64_t thirdStartShift;
+    bool aux;
+    std::vector<std::string> expected;
+  } cases[] = {
+      {"negative length",
+       -40,
+       0,
+       false,
+       {"class=\"picture problem negative\"", ">#2 -40f! A1 CLIP<"}},
+      {"no timeline frames", 0, 0, false, {"class=\"marker\"", ">#2 0f!<"}},
+      {"overlap without transition", 100, -30, false, {">#3 overlap! A1 CLIP<"}},
+      {"aux item of 0 frames", 100, 0, true, {">aux item 0 frames: open-ended<"}},
+  };
+  for (const auto& row : cases) {
+    SCOPED_TRACE(row.name);
+    PictureLabels labels;
+    auto timeline = TimelineOfLengths({100, 100, 100}, labels);
+    auto& items = timeline.tracks[0].items;
+    auto& second = static_cast<Engine::MediaSummaryItem&>(*items[1]);
+    second.timelineVideoDuration = second.timelineAudioDuration = row.secondLength;
+    auto& third = static_cast<Engine::MediaSummaryItem&>(*items[2]);
+    third.timelineVideoIn = third.timelineAudioIn = 200 + row.thirdStartShift;
+    if (row.aux) {
+      auto aux = std::make_shared<Engine::MediaSummaryItem>("aux-item");
+      timeline.tracks.push_back(Engine::Track{"aux-track", 1, {aux}});
+      labels.itemNumbers["aux-item"] = "aux";
+      labels.auxReason = "0 frames: open-ended";
+    }
+    const auto svg = TimelineToSvg(timeline, kRate50, labels);
+    for (const auto& text : row.expected) {
+      EXPECT_NE(svg.find(text), std::string::npos) << text;
+    }
+  }
+}
+
+// The documents made to show one fault each, drawn from the document.
+TEST(TimelineSvg, DedicatedDocumentsShowTheirFault) {
+  const std::pair<const char*, const char*> cases[] = {
+      {"check-negative-speed", ">#1 \xC3\x97-1 -100f! A1 CAM-1<"},
+      {"check-negative-duration", ">#1 -50f! A1 CAM-1<"},
+      {"check-overlap", ">#3 overlap! A1 CAM-1<"},
+      {"check-aux-open-end",
+       ">aux item plays 0 frames: its clip&apos;s marked range (shortBounds) has an open end<"},
+      {"check-aux-no-marked-range",
+       ">aux item plays 0 frames: its clip has no marked range (shortBounds)<"},
+  };
+  for (const auto& [name, expected] : cases) {
+    SCOPED_TRACE(name);
+    const auto document = TimelineConvert::ReadPlaylistDocument(tool_testing::ReadFile(
+        tool_testing::SourcePath(std::string("tests/tools/documents/") + name + ".json")));
+    std::optional<TimelineConvert::RefusalPlace> refusal;
+    const auto svg = TimelineConvert::RenderDocument(
+        document, Conversion::TimelineConverter::FromTrackItems, false, refusal);
+    EXPECT_FALSE(refusal);
+    EXPECT_NE(svg.find(expected), std::string::npos);
+  }
+}
+
+// Narrow items merge into bands, so the picture grows with its width.
+TEST(TimelineSvg, LongTimelineStaysBounded) {
+  PictureLabels labels;
+  const auto svg = TimelineToSvg(TimelineOfLengths(std::vector<std::int64_t>(100000, 90), labels),
+                                 kRate50, labels);
+  EXPECT_LT(svg.size(), 3000000U);
+  EXPECT_GT(Count(svg, "<rect class=\"band\""), 1000U);
+  EXPECT_NE(svg.find("items merged, #1\xE2\x80\xA6#"), std::string::npos);
 }
 
 TEST(TimelineSvg, LabelsOnlyWhereTheyFit) {
@@ -119,9 +228,9 @@ TEST(TimelineSvg, AnyTextAndAnyNumbersGiveWellFormedXml) {
     EXPECT_EQ(svg.find("inf"), std::string::npos);
     EXPECT_NE(svg.find("A&amp;B&lt;1&gt;"), std::string::npos);
   }
-  const auto page =
-      TimelineConvert::SvgToHtmlPage(TimelineToSvg(timeline, kRate50, labels), labels.title);
-  EXPECT_TRUE(tool_testing::IsWellFormedXml(page));
+  const auto page = TimelineConvert::TimelineToHtml(timeline, kRate50, labels);
+  EXPECT_EQ(page.find("<\"quoted"), std::string::npos);
+  EXPECT_NE(page.find("\\u003c\\\"quoted\\\" \\u0026 'odd'\\u003e\\u0001"), std::string::npos);
 }
 
 TEST(TimelineSvg, RulerCountsTimecodeAtTheSequenceRate) {

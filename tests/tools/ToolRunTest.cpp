@@ -78,7 +78,8 @@ TEST(ToolRun, RefusalExitsTwoWithTheLibrarysTextAndWritesNothing) {
             "The playlist PL13 cannot be edited - contains track item (2) with a shorter video "
             "duration than their transition duration.");
   const std::string output = WorkPath("kept-output.txt");
-  for (const char* command : {"convert", "render"}) {
+  // render draws a refused playlist all the same (TimelineSvgTest).
+  for (const char* command : {"convert"}) {
     tool_testing::WriteFile(output, "earlier content");
     const auto run = RunTool(std::string(command) + " '" + kRefused + "' -o '" + output + "'");
     EXPECT_EQ(run.exitStatus, 2);
@@ -122,8 +123,8 @@ TEST(ToolRun, RendersWellFormedSvgAndHtml) {
   EXPECT_TRUE(tool_testing::IsWellFormedXml(svg.out));
   const auto html = RunTool("render --html '" + kHighlight + "'");
   EXPECT_EQ(html.out.rfind("<!DOCTYPE html>", 0), 0U);
-  EXPECT_NE(html.out.find(svg.out), std::string::npos);
-  EXPECT_TRUE(tool_testing::IsWellFormedXml(html.out));
+  EXPECT_NE(html.out.find("<script type=\"application/json\" id=\"timeline-data\">"),
+            std::string::npos);
 }
 
 TEST(ToolRun, HelpOfEachSubcommandExplainsItsArguments) {
