@@ -1,13 +1,11 @@
 // MediaInfoConverter: timing only for assets with recorded ranges, and the
 // track text of the first layout of the first resource, picture tracks first.
-#include "conversion/MediaInfoConverter.h"
-
 #include <gtest/gtest.h>
 
-#include <stdexcept>
 #include <vector>
 
 #include "support/PlaylistBuilders.h"
+#include "support/Refusals.h"
 
 namespace {
 
@@ -22,7 +20,7 @@ struct LayoutFixture {
   std::vector<std::shared_ptr<Assets::Track>> tracks;
   std::shared_ptr<Assets::TrackLayout> layout = std::make_shared<Assets::TrackLayout>();
 
-  explicit LayoutFixture(std::initializer_list<std::int32_t> kinds) {
+  explicit LayoutFixture(std::vector<std::int32_t> kinds) {
     for (const std::int32_t kind : kinds) {
       tracks.push_back(std::make_shared<Assets::Track>(Assets::Track{"t", "", kind}));
       layout->tracks.push_back(tracks.back().get());
@@ -38,12 +36,6 @@ Assets::MediaAsset AssetWithLayout(const std::shared_ptr<Assets::TrackLayout>& l
   Assets::MediaAsset asset = AssetWithRanges("CLIP", {FieldRange(0, 200)});
   asset.resources.Insert(SharedReference<Assets::MediaResource>(resource, resourceKey));
   return asset;
-}
-
-std::string TracksText(std::initializer_list<std::int32_t> kinds) {
-  const LayoutFixture fixture(kinds);
-  return MediaInfoConverter::ToMediaInfo(AssetWithLayout(fixture.layout), kRate50)
-      .tracksDescription;
 }
 
 TEST(MediaInfoConverter, TimingComesFromTheRecordedRanges) {
@@ -62,15 +54,33 @@ TEST(MediaInfoConverter, TimingComesFromTheRecordedRanges) {
   EXPECT_EQ(100,
             MediaInfoConverter::ToMediaInfo(AssetWithRanges("CLIP", {FieldRange(0, 200)}), kRate50)
                 .duration);
+  ExpectRefused(
+      [] {
+        MediaInfoConverter::ToMediaInfo(AssetWithRanges("CLIP", {FieldRange(0, 2)}), {0, 1});
+      },
+      kRateNotPositive);
 }
 
 TEST(MediaInfoConverter, ListsPictureTracksBeforeSoundTracks) {
-  EXPECT_EQ("V+M+M", TracksText({0, 2, 0}));
-  EXPECT_EQ("V+M+M", TracksText({2, 0, 0, 1}));
-  EXPECT_EQ("M+M", TracksText({0, 0}));
-  EXPECT_EQ("V+V", TracksText({2, 3, 2}));
-  EXPECT_EQ("", TracksText({1, -1}));
-  EXPECT_EQ("", TracksText({}));
+  struct KindsCase {
+    const char* name;
+    std::vector<std::int32_t> kinds;
+    const char* text;
+  };
+  const KindsCase cases[] = {
+      {"sound, picture, sound", {0, 2, 0}, "V+M+M"},
+      {"other kinds left out", {2, 0, 0, 1}, "V+M+M"},
+      {"sound only", {0, 0}, "M+M"},
+      {"picture only", {2, 3, 2}, "V+V"},
+      {"no listed kind", {1, -1}, ""},
+      {"no tracks", {}, ""},
+  };
+  for (const KindsCase& c : cases) {
+    SCOPED_TRACE(c.name);
+    const LayoutFixture fixture(c.kinds);
+    EXPECT_EQ(c.text, MediaInfoConverter::ToMediaInfo(AssetWithLayout(fixture.layout), kRate50)
+                          .tracksDescription);
+  }
 }
 
 TEST(MediaInfoConverter, EmptyKeysMeanNoDescriptionAndMissingObjectsThrow) {
@@ -86,25 +96,14 @@ TEST(MediaInfoConverter, EmptyKeysMeanNoDescriptionAndMissingObjectsThrow) {
   EXPECT_EQ(
       "", MediaInfoConverter::ToMediaInfo(AssetWithLayout(nullptr, ""), kRate50).tracksDescription);
 
-  ExpectThrowExactly<std::runtime_error>(
-      [] { MediaInfoConverter::ToMediaInfo(AssetWithLayout(nullptr), kRate50); }, "null pointer");
+  ExpectRefused([] { MediaInfoConverter::ToMediaInfo(AssetWithLayout(nullptr), kRate50); },
+                kNullPointer);
   Assets::MediaAsset nullResource = AssetWithRanges("CLIP", {FieldRange(0, 200)});
   nullResource.resources.Insert(SharedReference<Assets::MediaResource>(nullptr, "resource"));
-  ExpectThrowExactly<std::runtime_error>(
-      [&] { MediaInfoConverter::ToMediaInfo(nullResource, kRate50); }, "null pointer");
+  ExpectRefused([&] { MediaInfoConverter::ToMediaInfo(nullResource, kRate50); }, kNullPointer);
   fixture.layout->tracks.push_back(nullptr);
-  ExpectThrowExactly<std::runtime_error>(
-      [&] { MediaInfoConverter::ToMediaInfo(AssetWithLayout(fixture.layout), kRate50); },
-      "null pointer");
-}
-
-TEST(MediaInfoConverter, TimingFailuresPassThrough) {
-  Assets::MediaAsset asset = AssetWithRanges("CLIP", {FieldRange(0, 200)});
-  ExpectThrowExactly<std::invalid_argument>(
-      [&] {
-        MediaInfoConverter::ToMediaInfo(asset, Kov::TimePoints::Rate{0, 1});
-      },
-      "TimeBoundaryToFields: the rate needs a positive numerator and denominator");
+  ExpectRefused([&] { MediaInfoConverter::ToMediaInfo(AssetWithLayout(fixture.layout), kRate50); },
+                kNullPointer);
 }
 
 }  // namespace

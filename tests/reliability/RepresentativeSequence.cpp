@@ -1,45 +1,24 @@
 // Builds the representative sequence from the public API only, as a caller would.
 #include "RepresentativeSequence.h"
 
-#include <cstdint>
-
 #include "ModelText.h"
+#include "support/PlaylistBuilders.h"
 
 namespace reliability {
 
 namespace {
 
-namespace Data = Kov::Replivo::Data;
-namespace Sequences = Kov::Replivo::Data::Sequences;
-namespace Assets = Kov::DataModel::MediaAssets;
-namespace Conversion = Kov::Replivo::Tollan::TimelineEngineConversion;
-using Kov::BusinessEntityModel::BaseTypes::Identifier;
+using namespace testing_support;
 using Kov::BusinessEntityModel::BaseTypes::SharedReference;
-
-// At 50/1 one field lasts 100,000 ticks of 100 ns.
-constexpr std::int64_t kTicksPerField = 100000;
-
-Kov::TimePoints::TimeBounds Fields(std::int64_t start, std::int64_t end) {
-  return {{start * kTicksPerField, 0}, {end * kTicksPerField, 1}};
-}
-
-Identifier AssetKey(const char* clip) {
-  char buffer[Data::Guid::kTextLength + 1];
-  return Identifier(Data::Clips::Guid(clip).ToString(buffer, sizeof buffer));
-}
 
 Sequences::AudioVideoElement Element(unsigned number, const char* clip, std::int64_t inField,
                                      std::int64_t outField) {
-  Sequences::AudioVideoElement element;
+  auto element =
+      AvElement(clip, Conversion::SameLimit, Conversion::OppositeLimit, inField, outField);
   element.number = number;
   element.serverId = Data::Servers::ServerId(7);
   element.playlistNumber = 12;
   element.itemNumber = static_cast<std::int32_t>(number);
-  element.umId = Data::Clips::UmId(clip);
-  element.inBoundaryKind = Conversion::SameLimit;
-  element.outBoundaryKind = Conversion::OppositeLimit;
-  element.videoInValue = element.audioInValue = inField;
-  element.videoOutValue = element.audioOutValue = outField;
   return element;
 }
 
@@ -48,12 +27,8 @@ Sequences::AudioVideoElement Element(unsigned number, const char* clip, std::int
 Assets::MediaAsset Asset(const char* clip,
                          std::initializer_list<Kov::TimePoints::TimeBounds> ranges,
                          std::initializer_list<std::int32_t> trackKinds) {
-  Assets::MediaAsset asset;
-  asset.id = AssetKey(clip);
-  for (const auto& range : ranges) {
-    asset.timeBounds.Insert(range);
-  }
-  asset.shortBounds = Fields(100, 900);
+  Assets::MediaAsset asset = AssetWithRanges(clip, ranges);
+  asset.shortBounds = FieldRange(100, 900);
   auto profile = std::make_shared<Assets::KytOperatorMetadataProfile>();
   profile->videoRate = 50;
   asset.metadataProfiles[Assets::KytOperatorMetadataProfile::StaticFullyQualifiedName()] = profile;
@@ -88,9 +63,9 @@ RepresentativeSequence MakeRepresentativeSequence() {
   auto& elements = playlist.audioVideoTrack.elements;
   elements.push_back(Element(1, "CAM-A-0031", 100, 400));
   auto dissolve = Element(2, "CAM-B-0032", 40, 240);
-  dissolve.transitionType = 2;  // overlaps the previous item
+  dissolve.transitionType = VideoTransition::kOverlapping;
   dissolve.videoTransitionDuration = 20;
-  dissolve.audioTransitionType = 6;
+  dissolve.audioTransitionType = AudioTransition::kEndingAtCut;
   dissolve.audioTransitionDuration = 16;
   elements.push_back(dissolve);
   auto slowMotion = Element(3, "CAM-A-0031", 0, 200);
@@ -98,16 +73,16 @@ RepresentativeSequence MakeRepresentativeSequence() {
   elements.push_back(slowMotion);
   auto wipe = Element(4, "CAM-B-0032", 500, 700);
   wipe.speed = {1, 1};
-  wipe.transitionType = 14;  // centred on the cut
+  wipe.transitionType = VideoTransition::kCentredOnCut;
   wipe.videoTransitionDuration = 24;
   elements.push_back(wipe);
   playlist.auxTrackUmId = Data::Clips::UmId("COMMENT-01");
 
   sequence.assets = std::make_shared<Assets::MediaAssetMap>();
   for (Assets::MediaAsset asset :
-       {Asset("CAM-A-0031", {Fields(0, 2000), Fields(5000, 5600)}, {0, 2, 0}),
-        Asset("CAM-B-0032", {Fields(0, 1000)}, {2, 0}),
-        Asset("COMMENT-01", {Fields(0, 3000)}, {0, 0})}) {
+       {Asset("CAM-A-0031", {FieldRange(0, 2000), FieldRange(5000, 5600)}, {0, 2, 0}),
+        Asset("CAM-B-0032", {FieldRange(0, 1000)}, {2, 0}),
+        Asset("COMMENT-01", {FieldRange(0, 3000)}, {0, 0})}) {
     const Identifier key = asset.id;
     sequence.assets->emplace(key, std::move(asset));
   }

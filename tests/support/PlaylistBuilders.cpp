@@ -1,5 +1,8 @@
-// Builders shared by the test suites.
+// Builders shared by the tests, the reliability checks and the fuzzers.
 #include "support/PlaylistBuilders.h"
+
+#include <memory>
+#include <utility>
 
 namespace testing_support {
 
@@ -11,9 +14,13 @@ Kov::TimePoints::TimeBounds OpenRange(std::int64_t startField) {
   return {{startField * kTicksPerField, 0}, {Kov::TimePoints::TimePoint::MaxValue().value, 0}};
 }
 
-Identifier AssetIdOf(const char* umIdText) {
+std::string GuidText(const Data::Guid& guid) {
   char buffer[Data::Guid::kTextLength + 1];
-  return Identifier(Data::Clips::Guid(umIdText).ToString(buffer, sizeof buffer));
+  return guid.ToString(buffer, sizeof buffer);
+}
+
+Identifier AssetIdOf(const char* umIdText) {
+  return GuidText(Data::Clips::Guid(umIdText));
 }
 
 Assets::MediaAsset AssetWithRanges(const char* umIdText,
@@ -45,6 +52,30 @@ Conversion::ExternalSequenceInfo InfoWith(std::initializer_list<Assets::MediaAss
     map->emplace(asset.id, asset);
   }
   return {std::move(timelineId), Kov::TimePoints::VideoRates::Rate50(), std::move(map)};
+}
+
+std::string Describe(const Engine::TrackItem& item) {
+  const auto span = [](std::int64_t in, std::int64_t length) {
+    return std::to_string(in) + "+" + std::to_string(length);
+  };
+  if (const auto* media = dynamic_cast<const Engine::MediaSummaryItem*>(&item)) {
+    return "M " + span(media->timelineVideoIn, media->timelineVideoDuration) + " " +
+           span(media->timelineAudioIn, media->timelineAudioDuration) + " | " +
+           span(media->mediaVideoIn, media->mediaVideoDuration) + " " +
+           span(media->mediaAudioIn, media->mediaAudioDuration);
+  }
+  const auto& effect = dynamic_cast<const Engine::FxTransitionItem&>(item).FxTransition();
+  return std::string(item.GetType() == Engine::FxVideoTransition ? "V " : "A ") +
+         std::to_string(effect.kind) + " " + std::to_string(effect.offset) + "/" +
+         std::to_string(effect.duration);
+}
+
+std::vector<std::string> Describe(const Engine::Track& track) {
+  std::vector<std::string> items;
+  for (const auto& item : track.items) {
+    items.push_back(Describe(*item));
+  }
+  return items;
 }
 
 }  // namespace testing_support

@@ -1,36 +1,63 @@
-// Builders shared by the test suites: assets with recorded ranges given in
-// fields, elements, conversion contexts, and an exact check of an exception's
-// type and text.
+// Builders shared by the tests, the reliability checks and the fuzzers: assets
+// with recorded ranges given in fields, elements, conversion contexts, the
+// asset key of a clip, the named kinds of transitions and effects, and a short
+// text form of track items, so that a whole track is compared in one line.
+// Free of the test framework, so that plain programs can use it too.
 #pragma once
 
-#include <gtest/gtest.h>
+#include <TimelineEngineConversion/TimelineEngineConversion.h>
 
+#include <cstdint>
 #include <initializer_list>
-#include <memory>
 #include <string>
-#include <typeinfo>
-#include <utility>
-
-#include "conversion/TimeConverter.h"
-#include "input-models/MediaAsset.h"
-#include "input-models/Sequence.h"
+#include <vector>
 
 namespace testing_support {
 
 namespace Data = Kov::Replivo::Data;
 namespace Sequences = Kov::Replivo::Data::Sequences;
 namespace Assets = Kov::DataModel::MediaAssets;
+namespace Engine = Kov::TimelineEngineModel;
 namespace Conversion = Kov::Replivo::Tollan::TimelineEngineConversion;
 using Kov::BusinessEntityModel::BaseTypes::Identifier;
 
 // At the 50/1 rate one field is 100,000 ticks; tests count time in fields.
 constexpr std::int64_t kTicksPerField = 100000;
 
+// Sequence-side transition kinds, named by where the effect lies against the
+// cut. Video kinds 2 to 11 all overlap; 12 to 20 repeat the three alignments.
+namespace VideoTransition {
+constexpr std::int32_t kNone = 0;
+constexpr std::int32_t kCut = 1;
+constexpr std::int32_t kOverlapping = 2;
+constexpr std::int32_t kEndingAtCut = 12;
+constexpr std::int32_t kStartingAtCut = 13;
+constexpr std::int32_t kCentredOnCut = 14;
+}  // namespace VideoTransition
+namespace AudioTransition {
+constexpr std::int32_t kNone = 0;
+constexpr std::int32_t kFixedShort = 1;  // offset 1, length 2, whatever the duration
+constexpr std::int32_t kCut = 2;
+constexpr std::int32_t kOverlapping = 3;
+constexpr std::int32_t kOverlappingFixed = 4;  // offset 0, length 1
+constexpr std::int32_t kOverlappingStartingAtCut = 5;
+constexpr std::int32_t kEndingAtCut = 6;
+constexpr std::int32_t kStartingAtCut = 7;
+constexpr std::int32_t kCentredOnCut = 8;
+}  // namespace AudioTransition
+
+// Effect kinds of the engine side: kind 2 pulls the next item back.
+constexpr std::int32_t kNoEffect = 0;
+constexpr std::int32_t kInPlaceEffect = 1;
+constexpr std::int32_t kOverlappingEffect = 2;
+
 Kov::TimePoints::TimeBounds FieldRange(std::int64_t startField, std::int64_t endField);
 // A range that starts at a field and is still being recorded.
 Kov::TimePoints::TimeBounds OpenRange(std::int64_t startField);
 
-// The asset key of a clip, as the conversion makes it.
+// The text of a GUID, and the asset key of a clip as the conversion makes it:
+// the one place of the tests that knows the text's buffer size.
+std::string GuidText(const Data::Guid& guid);
 Identifier AssetIdOf(const char* umIdText);
 
 // An asset keyed by its clip's id, with its recorded ranges.
@@ -59,16 +86,10 @@ ElementT SingleSidedElement(const char* umIdText, std::int32_t inKind, std::int3
 Conversion::ExternalSequenceInfo InfoWith(std::initializer_list<Assets::MediaAsset> assets,
                                           Identifier timelineId = "TIMELINE00");
 
-// Expects `action` to throw exactly `Exception` (not a subclass) with `message`.
-template <typename Exception, typename Action>
-void ExpectThrowExactly(Action&& action, const std::string& message) {
-  try {
-    std::forward<Action>(action)();
-    ADD_FAILURE() << "expected " << typeid(Exception).name() << ": " << message;
-  } catch (const std::exception& error) {
-    EXPECT_EQ(typeid(Exception), typeid(error)) << "thrown: " << typeid(error).name();
-    EXPECT_EQ(message, error.what());
-  }
-}
+// "M videoIn+length audioIn+length | mediaVideoIn+length mediaAudioIn+length"
+// for a media item (timeline first, then media), "V kind offset/duration" for
+// a video transition item (A for audio).
+std::string Describe(const Engine::TrackItem& item);
+std::vector<std::string> Describe(const Engine::Track& track);
 
 }  // namespace testing_support
