@@ -1,11 +1,9 @@
 // TimeConverter: an asset's rate, usable length and short range; an element's
 // boundaries resolved by kind, also for elements of a caller's own classes;
-// the refusals of absolute boundaries and missing assets; the two transition
-// tables.
+// the refusals of absolute boundaries and missing assets; the transition tables.
 #include <gtest/gtest.h>
 
 #include <limits>
-#include <memory>
 
 #include "support/PlaylistBuilders.h"
 #include "support/Refusals.h"
@@ -13,6 +11,7 @@
 namespace {
 
 using namespace testing_support;
+using Conversion::Absolute;
 using Conversion::OppositeLimit;
 using Conversion::OtherBoundary;
 using Conversion::SameLimit;
@@ -20,69 +19,49 @@ using Conversion::TimeConverter;
 using Kov::BusinessEntityModel::BaseTypes::MetadataProfile;
 
 const Kov::TimePoints::Rate kRate50 = Kov::TimePoints::VideoRates::Rate50();
+const auto& kOperatorProfileName = Assets::KytOperatorMetadataProfile::StaticFullyQualifiedName();
 
 // 1000 frames in two ranges of odd field counts: 600 + 400 frames.
 Assets::MediaAsset ThousandFrameAsset() {
   return AssetWithRanges("CLIP", {FieldRange(0, 1201), FieldRange(5000, 5801)});
 }
 
-std::shared_ptr<Assets::KytOperatorMetadataProfile> OperatorProfile(std::int64_t videoRate) {
-  auto profile = std::make_shared<Assets::KytOperatorMetadataProfile>();
+template <typename Profile = Assets::KytOperatorMetadataProfile>
+std::shared_ptr<MetadataProfile> OperatorProfile(std::int64_t videoRate) {
+  auto profile = std::make_shared<Profile>();
   profile->videoRate = videoRate;
   return profile;
 }
-
 struct DerivedOperatorProfile : Assets::KytOperatorMetadataProfile {};
 
 TEST(TimeConverter, AssetRateFollowsTheOperatorVideoRate) {
-  const auto derived = std::make_shared<DerivedOperatorProfile>();
-  derived->videoRate = 25;
   struct RateCase {
     const char* name;
     std::shared_ptr<MetadataProfile> profile;
     std::int64_t numerator;
   };
-  const RateCase cases[] = {
-      {"25 Hz", OperatorProfile(25), 50},         {"50 Hz", OperatorProfile(50), 50},
-      {"0 Hz", OperatorProfile(0), 60000},        {"24 Hz", OperatorProfile(24), 60000},
-      {"30 Hz", OperatorProfile(30), 60000},      {"60 Hz", OperatorProfile(60), 60000},
-      {"a subclass of the profile", derived, 50},
-  };
-  for (const RateCase& c : cases) {
+  for (const RateCase& c :
+       {RateCase{"25 Hz", OperatorProfile(25), 50}, RateCase{"50 Hz", OperatorProfile(50), 50},
+        RateCase{"0 Hz", OperatorProfile(0), 60000}, RateCase{"24 Hz", OperatorProfile(24), 60000},
+        RateCase{"30 Hz", OperatorProfile(30), 60000},
+        RateCase{"a subclass of the profile", OperatorProfile<DerivedOperatorProfile>(25), 50}}) {
     SCOPED_TRACE(c.name);
     auto asset = ThousandFrameAsset();
-    asset.metadataProfiles[Assets::KytOperatorMetadataProfile::StaticFullyQualifiedName()] =
-        c.profile;
+    asset.metadataProfiles[kOperatorProfileName] = c.profile;
     const auto rate = TimeConverter::GetMediaAssetRate(asset);
     EXPECT_EQ(c.numerator, rate.numerator);
     EXPECT_EQ(c.numerator == 50 ? 1 : 1001, rate.denominator);
   }
-}
-
-TEST(TimeConverter, AssetRateRefusals) {
-  struct RefusalCase {
-    const char* name;
-    bool stored;
-    std::shared_ptr<MetadataProfile> profile;
-    bool withRanges;
-    const Refusal& refusal;
-  };
-  const RefusalCase cases[] = {
-      {"no profile", false, nullptr, true, kNoOperatorProfile},
-      {"null profile", true, nullptr, true, kNoOperatorProfile},
-      {"profile of another class", true, std::make_shared<MetadataProfile>(), true,
-       kNoOperatorProfile},
-      {"no ranges, checked first", true, OperatorProfile(50), false, kNoRecordedRanges},
-  };
-  for (const RefusalCase& c : cases) {
-    SCOPED_TRACE(c.name);
-    auto asset = c.withRanges ? ThousandFrameAsset() : Assets::MediaAsset();
-    if (c.stored) {
-      asset.metadataProfiles[Assets::KytOperatorMetadataProfile::StaticFullyQualifiedName()] =
-          c.profile;
-    }
-    ExpectRefused([&] { TimeConverter::GetMediaAssetRate(asset); }, c.refusal);
+  // A null profile, or one of another class under the operator's name, is absent.
+  for (const std::shared_ptr<MetadataProfile>& absent :
+       {std::shared_ptr<MetadataProfile>(), std::make_shared<MetadataProfile>()}) {
+    auto asset = ThousandFrameAsset();
+    asset.metadataProfiles[kOperatorProfileName] = absent;
+    ExpectRefused([&] { TimeConverter::GetMediaAssetRate(asset); }, kNoOperatorProfile);
   }
+  ExpectRefused([] { TimeConverter::GetMediaAssetRate(ThousandFrameAsset()); }, kNoOperatorProfile);
+  Assets::MediaAsset noRanges;  // reported before the missing profile
+  ExpectRefused([&] { TimeConverter::GetMediaAssetRate(noRanges); }, kNoRecordedRanges);
 }
 
 TEST(TimeConverter, AssetDurationHalvesEachRangeOnItsOwn) {
@@ -104,14 +83,12 @@ TEST(TimeConverter, ShortRangeForEveryAssetKindButTheWholeMaterialKind) {
     std::int64_t limitIn;
     std::int64_t duration;
   };
-  const KindCase cases[] = {
-      {"kind 0: the short range", 0, FieldRange(1010, 1111), 5, 55 - 5},
-      {"kind 2: the short range", 2, FieldRange(1010, 1111), 5, 55 - 5},
-      {"kind -1: the short range", -1, FieldRange(1010, 1111), 5, 55 - 5},
-      {"kind 0, open short range", 0, OpenRange(1010), 5, -1},
-      {"kind 1: the whole material", 1, FieldRange(1010, 1111), 0, 500 + 50},
-  };
-  for (const KindCase& c : cases) {
+  for (const KindCase& c :
+       {KindCase{"kind 0: the short range", 0, FieldRange(1010, 1111), 5, 55 - 5},
+        KindCase{"kind 2: the short range", 2, FieldRange(1010, 1111), 5, 55 - 5},
+        KindCase{"kind -1: the short range", -1, FieldRange(1010, 1111), 5, 55 - 5},
+        KindCase{"kind 0, open short range", 0, OpenRange(1010), 5, -1},
+        KindCase{"kind 1: the whole material", 1, FieldRange(1010, 1111), 0, 500 + 50}}) {
     SCOPED_TRACE(c.name);
     auto asset = AssetWithRanges("CLIP", {FieldRange(1000, 2000), FieldRange(3000, 3100)});
     asset.assetKind = c.assetKind;
@@ -119,12 +96,12 @@ TEST(TimeConverter, ShortRangeForEveryAssetKindButTheWholeMaterialKind) {
     const auto timing = TimeConverter::GetShortInAndDurationFromMediaAsset(asset, kRate50);
     EXPECT_EQ(c.limitIn, timing.limitIn);
     EXPECT_EQ(c.duration, timing.duration);
-  }
-  for (const std::int32_t kind : {0, 1, 2}) {
-    Assets::MediaAsset noRanges;
-    noRanges.assetKind = kind;
-    ExpectRefused([&] { TimeConverter::GetShortInAndDurationFromMediaAsset(noRanges, kRate50); },
-                  kNoRecordedRanges);
+    ExpectRefused(
+        [&] {
+          asset.timeBounds = {};
+          TimeConverter::GetShortInAndDurationFromMediaAsset(asset, kRate50);
+        },
+        kNoRecordedRanges);
   }
 }
 
@@ -136,30 +113,27 @@ std::string BoundsText(const Conversion::MediaBounds& bounds) {
 TEST(TimeConverter, BoundariesResolveByKindOnAThousandFrameAsset) {
   struct BoundaryCase {
     const char* name;
-    std::int32_t inKind;
-    std::int32_t outKind;
-    std::int64_t inValue;
-    std::int64_t outValue;
-    const char* videoInAndLength;
-  };
-  const BoundaryCase cases[] = {
-      {"IN from start, OUT from start", SameLimit, OppositeLimit, 7, 100, "3+47"},
-      {"IN truncates toward zero", SameLimit, OppositeLimit, -7, 100, "-3+53"},
-      {"IN from start, OUT back from end", SameLimit, SameLimit, 100, 200, "50+850"},
-      {"IN back from end, OUT back from end", OppositeLimit, SameLimit, 100, 200, "950+-50"},
-      {"IN back from end, OUT from start", OppositeLimit, OppositeLimit, 100, 1960, "950+30"},
-      {"IN back from end, OUT a length after", OppositeLimit, OtherBoundary, 100, 40, "950+20"},
-      {"IN back from OUT, OUT from start", OtherBoundary, OppositeLimit, 10, 100, "45+5"},
-      {"IN back from OUT, OUT back from end", OtherBoundary, SameLimit, 10, 100, "945+5"},
-      {"IN from start, OUT a length after", SameLimit, OtherBoundary, 20, 40, "10+20"},
-      {"both relative: IN back from end", OtherBoundary, OtherBoundary, 20, 40, "990+20"},
+    std::int32_t inKind, outKind;
+    std::int64_t inValue, outValue;
+    const char* inAndLength;
   };
   const auto info = InfoWith({ThousandFrameAsset()});
-  for (const BoundaryCase& c : cases) {
+  for (const BoundaryCase& c : {
+           BoundaryCase{"IN from start, OUT from start", SameLimit, OppositeLimit, 7, 100, "3+47"},
+           {"IN truncates toward zero", SameLimit, OppositeLimit, -7, 100, "-3+53"},
+           {"IN from start, OUT back from end", SameLimit, SameLimit, 100, 200, "50+850"},
+           {"IN back from end, OUT back from end", OppositeLimit, SameLimit, 100, 200, "950+-50"},
+           {"IN back from end, OUT from start", OppositeLimit, OppositeLimit, 100, 1960, "950+30"},
+           {"IN back from end, OUT after IN", OppositeLimit, OtherBoundary, 100, 40, "950+20"},
+           {"IN back from OUT, OUT from start", OtherBoundary, OppositeLimit, 10, 100, "45+5"},
+           {"IN back from OUT, OUT back from end", OtherBoundary, SameLimit, 10, 100, "945+5"},
+           {"IN from start, OUT after IN", SameLimit, OtherBoundary, 20, 40, "10+20"},
+           {"both relative: IN back from end", OtherBoundary, OtherBoundary, 20, 40, "990+20"},
+       }) {
     SCOPED_TRACE(c.name);
     const auto element = AvElement("CLIP", c.inKind, c.outKind, c.inValue, c.outValue);
-    const auto bounds = TimeConverter::ToMediaBounds(element, info);
-    EXPECT_EQ(std::string(c.videoInAndLength) + " " + c.videoInAndLength, BoundsText(bounds));
+    EXPECT_EQ(std::string(c.inAndLength) + " " + c.inAndLength,
+              BoundsText(TimeConverter::ToMediaBounds(element, info)));
   }
   // Open-ended material: IN back from its end is negative and passed on.
   const auto open = InfoWith({AssetWithRanges("CLIP", {OpenRange(0)})});
@@ -170,31 +144,26 @@ TEST(TimeConverter, BoundariesResolveByKindOnAThousandFrameAsset) {
 TEST(TimeConverter, AbsoluteBoundariesAreRefusedInFirst) {
   struct AbsoluteCase {
     const char* name;
-    std::int32_t inKind;
-    std::int32_t outKind;
+    std::int32_t inKind, outKind;
     const Refusal& refusal;
   };
-  const AbsoluteCase cases[] = {
-      {"IN absolute", Conversion::Absolute, OppositeLimit, kAbsoluteIn},
-      {"IN of unknown kind 4", 4, OppositeLimit, kAbsoluteIn},
-      {"IN of kind -1", -1, OppositeLimit, kAbsoluteIn},
-      {"OUT absolute", SameLimit, Conversion::Absolute, kAbsoluteOut},
-      {"OUT of unknown kind 4", SameLimit, 4, kAbsoluteOut},
-      {"IN back from an absolute OUT", OtherBoundary, Conversion::Absolute, kAbsoluteOut},
-      {"both absolute", Conversion::Absolute, Conversion::Absolute, kAbsoluteIn},
-  };
   const auto info = InfoWith({ThousandFrameAsset()});
-  for (const AbsoluteCase& c : cases) {
+  for (const AbsoluteCase& c :
+       {AbsoluteCase{"IN absolute", Absolute, OppositeLimit, kAbsoluteIn},
+        {"IN of unknown kind 4", 4, OppositeLimit, kAbsoluteIn},
+        {"IN of kind -1", -1, OppositeLimit, kAbsoluteIn},
+        {"OUT absolute", SameLimit, Absolute, kAbsoluteOut},
+        {"OUT of unknown kind 4", SameLimit, 4, kAbsoluteOut},
+        {"IN back from an absolute OUT", OtherBoundary, Absolute, kAbsoluteOut},
+        {"both absolute", Absolute, Absolute, kAbsoluteIn}}) {
     SCOPED_TRACE(c.name);
-    ExpectRefused(
-        [&] { TimeConverter::ToMediaBounds(AvElement("CLIP", c.inKind, c.outKind, 0, 0), info); },
-        c.refusal);
+    const auto element = AvElement("CLIP", c.inKind, c.outKind, 0, 0);
+    ExpectRefused([&] { TimeConverter::ToMediaBounds(element, info); }, c.refusal);
   }
 }
 
 // A caller's own element classes: a subclass of a record converts like the
-// record; an element that reports a kind whose record it is not has no
-// handled kind and gives zeros.
+// record; an element that reports a kind whose record it is not gives zeros.
 struct TaggedAudioVideoElement : Sequences::AudioVideoElement {};
 template <typename Record>
 struct ReportingElement : Record {
@@ -213,36 +182,30 @@ TEST(TimeConverter, EachElementClassFillsOnlyItsOwnSides) {
   both.audioTransitionDuration = 31;
   TaggedAudioVideoElement tagged;
   static_cast<Sequences::AudioVideoElement&>(tagged) = both;
+  ReportingElement<Sequences::AudioVideoElement> claimingVideo(Sequences::Element::Video);
+  static_cast<Sequences::AudioVideoElement&>(claimingVideo) = both;
   ReportingElement<Sequences::Element> bareClaimingBoth(Sequences::Element::AudioVideo);
-  bareClaimingBoth.umId = both.umId;
-  bareClaimingBoth.transitionType = VideoTransition::kCentredOnCut;
-  ReportingElement<Sequences::AudioVideoElement> bothClaimingVideo(Sequences::Element::Video);
-  static_cast<Sequences::AudioVideoElement&>(bothClaimingVideo) = both;
-  const auto video =
-      SingleSidedElement<Sequences::VideoElement>("CLIP", SameLimit, OppositeLimit, 10, 30);
-  const auto audio =
-      SingleSidedElement<Sequences::AudioElement>("CLIP", SameLimit, OppositeLimit, 10, 30);
   Sequences::Element bare;  // of no handled kind; its boundary kinds are never read
-  bare.umId = both.umId;
+  bare.umId = bareClaimingBoth.umId = both.umId;
+  bareClaimingBoth.transitionType = VideoTransition::kCentredOnCut;
+  const auto video = SingleSidedElement<Sequences::VideoElement>("CLIP", 1, 2, 10, 30);
+  const auto audio = SingleSidedElement<Sequences::AudioElement>("CLIP", 1, 2, 10, 30);
 
   struct ClassCase {
     const char* name;
     const Sequences::Element& element;
     const char* bounds;
-    std::int64_t videoOffset;
-    std::int64_t audioDuration;
-  };
-  const ClassCase cases[] = {
-      {"audio-video", both, "5+50 10+20", 6, 15},
-      {"video", video, "5+10 0+0", 0, 0},
-      {"audio", audio, "0+0 5+10", 0, 0},
-      {"subclass of the audio-video record", tagged, "5+50 10+20", 6, 15},
-      {"bare element", bare, "0+0 0+0", 0, 0},
-      {"bare element claiming audio-video", bareClaimingBoth, "0+0 0+0", 0, 0},
-      {"audio-video record claiming video", bothClaimingVideo, "0+0 0+0", 0, 0},
+    std::int64_t videoOffset, audioDuration;
   };
   const auto info = InfoWith({ThousandFrameAsset()});
-  for (const ClassCase& c : cases) {
+  for (const ClassCase& c :
+       {ClassCase{"audio-video", both, "5+50 10+20", 6, 15},
+        {"video", video, "5+10 0+0", 0, 0},
+        {"audio", audio, "0+0 5+10", 0, 0},
+        {"subclass of the audio-video record", tagged, "5+50 10+20", 6, 15},
+        {"bare element", bare, "0+0 0+0", 0, 0},
+        {"bare element claiming audio-video", bareClaimingBoth, "0+0 0+0", 0, 0},
+        {"audio-video record claiming video", claimingVideo, "0+0 0+0", 0, 0}}) {
     SCOPED_TRACE(c.name);
     const auto bounds = TimeConverter::ToMediaBounds(c.element, info);
     EXPECT_EQ(AssetIdOf("CLIP"), bounds.mediaId);
@@ -259,29 +222,20 @@ TEST(TimeConverter, EachElementClassFillsOnlyItsOwnSides) {
 
 TEST(TimeConverter, BoundaryArithmeticWrapsOnOverflow) {
   constexpr std::int64_t kMin = std::numeric_limits<std::int64_t>::min();
-  constexpr std::int64_t kMax = std::numeric_limits<std::int64_t>::max();
-  // OUT position kMax/2, IN = OUT - kMin/2: leaves the range and wraps.
-  const auto bounds =
-      TimeConverter::ToMediaBounds(AvElement("CLIP", OtherBoundary, OppositeLimit, kMin, kMax),
-                                   InfoWith({ThousandFrameAsset()}));
-  const auto expectedIn = static_cast<std::int64_t>(static_cast<std::uint64_t>(kMax / 2) -
-                                                    static_cast<std::uint64_t>(kMin / 2));
-  EXPECT_EQ(expectedIn, bounds.videoIn);
-  EXPECT_EQ(static_cast<std::int64_t>(static_cast<std::uint64_t>(kMax / 2) -
-                                      static_cast<std::uint64_t>(expectedIn)),
-            bounds.videoDuration);
+  // OUT = 1000 + 2^62; IN = OUT + 2^62 passes the largest value and wraps.
+  const auto bounds = TimeConverter::ToMediaBounds(
+      AvElement("CLIP", OtherBoundary, SameLimit, kMin, kMin), InfoWith({ThousandFrameAsset()}));
+  EXPECT_EQ(kMin + 1000, bounds.videoIn);
+  EXPECT_EQ(kMin / 2, bounds.videoDuration);
 }
 
 struct EffectCase {
-  const char* name;
-  std::int32_t kind;
-  std::int32_t fields;
-  std::int32_t effectKind;
-  std::int64_t offset;
-  std::int64_t duration;
+  std::string name;
+  std::int32_t kind, fields, effectKind;
+  std::int64_t offset, duration;
 };
 
-void ExpectEffects(bool video, std::initializer_list<EffectCase> cases) {
+void ExpectEffects(bool video, std::vector<EffectCase> cases) {
   for (const EffectCase& c : cases) {
     SCOPED_TRACE(c.name);
     auto element = AvElement("CLIP", SameLimit, OppositeLimit, 0, 0);
@@ -298,54 +252,42 @@ void ExpectEffects(bool video, std::initializer_list<EffectCase> cases) {
 
 // 25 fields are 12 frames.
 TEST(TimeConverter, VideoTransitionTable) {
-  ExpectEffects(
-      true, {
-                {"none", VideoTransition::kNone, 25, kNoEffect, 0, 0},
-                {"cut", VideoTransition::kCut, 25, kInPlaceEffect, 0, 0},
-                {"overlapping 2", 2, 25, kOverlappingEffect, 12, 12},
-                {"overlapping 3", 3, 25, kOverlappingEffect, 12, 12},
-                {"overlapping 4", 4, 25, kOverlappingEffect, 12, 12},
-                {"overlapping 5", 5, 25, kOverlappingEffect, 12, 12},
-                {"overlapping 6", 6, 25, kOverlappingEffect, 12, 12},
-                {"overlapping 7", 7, 25, kOverlappingEffect, 12, 12},
-                {"overlapping 8", 8, 25, kOverlappingEffect, 12, 12},
-                {"overlapping 9", 9, 25, kOverlappingEffect, 12, 12},
-                {"overlapping 10", 10, 25, kOverlappingEffect, 12, 12},
-                {"overlapping 11", 11, 25, kOverlappingEffect, 12, 12},
-                {"ending at the cut 12", 12, 25, kInPlaceEffect, 12, 12},
-                {"starting at the cut 13", 13, 25, kInPlaceEffect, 0, 12},
-                {"centred on the cut 14", 14, 25, kInPlaceEffect, 6, 12},
-                {"ending at the cut 15", 15, 25, kInPlaceEffect, 12, 12},
-                {"starting at the cut 16", 16, 25, kInPlaceEffect, 0, 12},
-                {"centred on the cut 17", 17, 25, kInPlaceEffect, 6, 12},
-                {"ending at the cut 18", 18, 25, kInPlaceEffect, 12, 12},
-                {"starting at the cut 19", 19, 25, kInPlaceEffect, 0, 12},
-                {"centred on the cut 20", 20, 25, kInPlaceEffect, 6, 12},
-                {"below the table", -1, 25, kNoEffect, 0, 0},
-                {"above the table", 21, 25, kNoEffect, 0, 0},
-                {"smallest kind", std::numeric_limits<std::int32_t>::min(), 25, kNoEffect, 0, 0},
-                {"negative duration truncates", 17, -25, kInPlaceEffect, -6, -12},
-            });
+  std::vector<EffectCase> cases = {
+      {"none", VideoTransition::kNone, 25, kNoEffect, 0, 0},
+      {"cut", VideoTransition::kCut, 25, kInPlaceEffect, 0, 0},
+      {"below the table", -1, 25, kNoEffect, 0, 0},
+      {"above the table", 21, 25, kNoEffect, 0, 0},
+      {"smallest kind", std::numeric_limits<std::int32_t>::min(), 25, kNoEffect, 0, 0},
+      {"negative duration truncates", 17, -25, kInPlaceEffect, -6, -12}};
+  for (std::int32_t kind = VideoTransition::kOverlapping; kind <= 11; ++kind) {
+    cases.push_back({"overlapping " + std::to_string(kind), kind, 25, kOverlappingEffect, 12, 12});
+  }
+  for (std::int32_t kind = VideoTransition::kEndingAtCut; kind <= 20; kind += 3) {
+    cases.push_back(
+        {"ending at the cut " + std::to_string(kind), kind, 25, kInPlaceEffect, 12, 12});
+    cases.push_back(
+        {"starting at the cut " + std::to_string(kind + 1), kind + 1, 25, kInPlaceEffect, 0, 12});
+    cases.push_back(
+        {"centred on the cut " + std::to_string(kind + 2), kind + 2, 25, kInPlaceEffect, 6, 12});
+  }
+  ExpectEffects(true, cases);
 }
 
 TEST(TimeConverter, AudioTransitionTable) {
   ExpectEffects(
       false,
-      {
-          {"none", AudioTransition::kNone, 25, kNoEffect, 0, 0},
-          {"fixed short", AudioTransition::kFixedShort, 25, kInPlaceEffect, 1, 2},
-          {"fixed short, long duration", AudioTransition::kFixedShort, 1000, kInPlaceEffect, 1, 2},
-          {"cut", AudioTransition::kCut, 25, kInPlaceEffect, 0, 0},
-          {"overlapping", AudioTransition::kOverlapping, 25, kOverlappingEffect, 12, 12},
-          {"overlapping fixed", AudioTransition::kOverlappingFixed, 25, kOverlappingEffect, 0, 1},
-          {"overlapping from the cut", AudioTransition::kOverlappingStartingAtCut, 25,
-           kOverlappingEffect, 0, 12},
-          {"ending at the cut", AudioTransition::kEndingAtCut, 25, kInPlaceEffect, 12, 12},
-          {"starting at the cut", AudioTransition::kStartingAtCut, 25, kInPlaceEffect, 0, 12},
-          {"centred on the cut", AudioTransition::kCentredOnCut, 25, kInPlaceEffect, 6, 12},
-          {"above the table", 9, 25, kNoEffect, 0, 0},
-          {"below the table", -1, 25, kNoEffect, 0, 0},
-      });
+      {{"none", AudioTransition::kNone, 25, kNoEffect, 0, 0},
+       {"fixed short", 1, 25, kInPlaceEffect, 1, 2},
+       {"fixed short whatever the duration", 1, 1000, kInPlaceEffect, 1, 2},
+       {"cut", 2, 25, kInPlaceEffect, 0, 0},
+       {"overlapping", AudioTransition::kOverlapping, 25, kOverlappingEffect, 12, 12},
+       {"overlapping fixed", AudioTransition::kOverlappingFixed, 25, kOverlappingEffect, 0, 1},
+       {"overlapping from the cut", 5, 25, kOverlappingEffect, 0, 12},
+       {"ending at the cut", AudioTransition::kEndingAtCut, 25, kInPlaceEffect, 12, 12},
+       {"starting at the cut", AudioTransition::kStartingAtCut, 25, kInPlaceEffect, 0, 12},
+       {"centred on the cut", AudioTransition::kCentredOnCut, 25, kInPlaceEffect, 6, 12},
+       {"above the table", 9, 25, kNoEffect, 0, 0},
+       {"below the table", -1, 25, kNoEffect, 0, 0}});
 }
 
 }  // namespace

@@ -4,8 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <limits>
-#include <string>
-#include <vector>
+#include <optional>
 
 #include "support/PlaylistBuilders.h"
 #include "support/Refusals.h"
@@ -37,10 +36,11 @@ Conversion::ExternalSequenceInfo ClipInfo() {
   return InfoWith({AssetWithRanges("CLIP", {FieldRange(0, 2000)})}, "ABC000");
 }
 
-Engine::Track TrackOf(std::vector<Sequences::AudioVideoElement> elements) {
-  Sequences::Track<Sequences::AudioVideoElement> track;
+template <typename TrackT = Sequences::Track<Sequences::AudioVideoElement>, typename ElementT>
+Strings Converted(std::vector<ElementT> elements) {
+  TrackT track;
   track.elements = std::move(elements);
-  return TrackConverter::ToTrack(track, 0, ClipInfo());
+  return Describe(TrackConverter::ToTrack(track, 0, ClipInfo()));
 }
 
 TEST(TrackConverter, MediaItemStartsAtTheClampedPositionAndAdvancesIt) {
@@ -52,34 +52,38 @@ TEST(TrackConverter, MediaItemStartsAtTheClampedPositionAndAdvancesIt) {
   EXPECT_EQ(GuidText(ElementGuid(0, element.serverId)), item->Id().Text());
   EXPECT_EQ(25, status.position);
   EXPECT_EQ(32, status.secondPosition);
-
+  // A refused element leaves the status untouched.
+  status = {-5, -6, {3, 4}};
+  ExpectRefused([&] { TrackConverter::ToMediaSummaryItem(element, status, InfoWith({})); },
+                kTrackAssetMissing);
+  EXPECT_EQ(-5, status.position);
+  EXPECT_EQ(-6, status.secondPosition);
+  EXPECT_EQ((Data::Channels::Speed{3, 4}), status.speed);
   // Open-ended material takes no room on the timeline.
-  CurrentSequencePlayStatus open{-3, 4, {1, 1}};
+  status = {-3, 4, {1, 1}};
   element = AvElement("CLIP", SameLimit, SameLimit, 0, 0);
   EXPECT_EQ("M 0+0 4+0 | 0+-1 0+-1",
             Describe(*TrackConverter::ToMediaSummaryItem(
-                element, open, InfoWith({AssetWithRanges("CLIP", {OpenRange(0)})}))));
-  EXPECT_EQ(0, open.position);
-  EXPECT_EQ(4, open.secondPosition);
+                element, status, InfoWith({AssetWithRanges("CLIP", {OpenRange(0)})}))));
+  EXPECT_EQ(0, status.position);
 }
 
 TEST(TrackConverter, SpeedScalesLengthsAndCarriesOver) {
+  constexpr std::int64_t kMin = std::numeric_limits<std::int64_t>::min();
   struct SpeedCase {
     const char* name;
     Data::Channels::Speed speed;
-    std::int64_t frames;
-    std::int64_t timelineFrames;
+    std::int64_t frames, timelineFrames;
   };
   // In order: each element plays at the speed that the ones before it left.
-  const SpeedCase cases[] = {
-      {"half speed doubles", {1, 2}, 25, 50},
-      {"no speed keeps half speed", Data::Channels::Speed::Empty(), 25, 50},
-      {"no numerator keeps half speed", {0, 5}, 25, 50},
-      {"double speed truncates", {2, 1}, 25, 12},
-      {"toward zero", {2, 1}, -25, -12},
-  };
   CurrentSequencePlayStatus status;
-  for (const SpeedCase& c : cases) {
+  for (const SpeedCase& c : {
+           SpeedCase{"half speed doubles", {1, 2}, 25, 50},
+           {"no speed keeps half speed", Data::Channels::Speed::Empty(), 25, 50},
+           {"no numerator keeps half speed", {0, 5}, 25, 50},
+           {"double speed truncates", {2, 1}, 25, 12},
+           {"toward zero", {2, 1}, -25, -12},
+       }) {
     SCOPED_TRACE(c.name);
     auto element = Clip(c.frames, c.frames);
     element.speed = c.speed;
@@ -87,36 +91,21 @@ TEST(TrackConverter, SpeedScalesLengthsAndCarriesOver) {
         c.timelineFrames,
         TrackConverter::ToMediaSummaryItem(element, status, ClipInfo())->timelineVideoDuration);
   }
+  // A media length of exactly kMin (IN 2^62 back from the end, OUT -2^62):
+  // backwards it stays kMin, at half speed it wraps to 0.
+  auto smallest = AvElement("CLIP", OppositeLimit, OppositeLimit, 2000 + kMin, kMin);
+  for (const auto& [speed, length] : {std::pair{Data::Channels::Speed{-1, 1}, kMin},
+                                      std::pair{Data::Channels::Speed{1, 2}, std::int64_t{0}}}) {
+    smallest.speed = speed;
+    EXPECT_EQ(
+        length,
+        TrackConverter::ToMediaSummaryItem(smallest, status, ClipInfo())->timelineVideoDuration);
+  }
   // A status without numerator scales every length to 0 instead of dividing by zero.
   status.speed = {0, 1};
   EXPECT_EQ(
       0,
       TrackConverter::ToMediaSummaryItem(Clip(25, 25), status, ClipInfo())->timelineVideoDuration);
-}
-
-TEST(TrackConverter, SpeedScalingWrapsInsteadOfTrapping) {
-  constexpr std::int64_t kMin = std::numeric_limits<std::int64_t>::min();
-  // IN back from the end at 2^62, OUT at -2^62: a media length of exactly kMin.
-  auto element = AvElement("CLIP", OppositeLimit, OppositeLimit, 2000 + kMin, kMin);
-  element.speed = {-1, 1};
-  CurrentSequencePlayStatus status;
-  const auto item = TrackConverter::ToMediaSummaryItem(element, status, ClipInfo());
-  EXPECT_EQ(kMin, item->mediaVideoDuration);
-  EXPECT_EQ(kMin, item->timelineVideoDuration);  // kMin / -1 stays kMin
-  element.speed = {1, 2};
-  EXPECT_EQ(0,
-            TrackConverter::ToMediaSummaryItem(element, status, ClipInfo())->timelineVideoDuration);
-}
-
-TEST(TrackConverter, FailedBoundsLeaveTheStatusUntouched) {
-  CurrentSequencePlayStatus status{-5, -6, {3, 4}};
-  auto element = Clip(10, 10);
-  element.speed = {1, 2};
-  ExpectRefused([&] { TrackConverter::ToMediaSummaryItem(element, status, InfoWith({})); },
-                kTrackAssetMissing);
-  EXPECT_EQ(-5, status.position);
-  EXPECT_EQ(-6, status.secondPosition);
-  EXPECT_EQ((Data::Channels::Speed{3, 4}), status.speed);
 }
 
 TEST(TrackConverter, TransitionItemsHaveTheirOwnIdentifiers) {
@@ -144,29 +133,29 @@ TEST(TrackConverter, TrackIdsOverwriteTheEndOfTheTimelineId) {
     unsigned index;
     const char* trackId;
   };
-  for (const IdCase& c :
-       {IdCase{"ABC000", 0, "ABC001"}, IdCase{"ABC000", 9, "ABC010"},
-        IdCase{"ABC001", 4294967295u, "ABC000"}, IdCase{"AB", 999, "AB1000"},
-        IdCase{"ABCD", 999, "1000"}, IdCase{"", 0, "1"}, IdCase{"", 4294967295u, "0"}}) {
+  for (const IdCase& c : {IdCase{"ABC000", 0, "ABC001"},
+                          {"ABC000", 9, "ABC010"},
+                          {"ABC001", 4294967295u, "ABC000"},
+                          {"AB", 999, "AB1000"},
+                          {"ABCD", 999, "1000"},
+                          {"", 0, "1"},
+                          {"", 4294967295u, "0"}}) {
     SCOPED_TRACE(std::string(c.timelineId) + " #" + std::to_string(c.index));
     EXPECT_EQ(c.trackId, TrackConverter::TimelineIdToTrackId(c.timelineId, c.index).Text());
   }
-}
-
-TEST(TrackConverter, EmptyAndSingleElementTracks) {
-  Sequences::Track<Sequences::AudioVideoElement> track;
-  auto converted = TrackConverter::ToTrack(track, 1, ClipInfo());
-  EXPECT_EQ("ABC002", converted.id.Text());
-  EXPECT_EQ(1, converted.type);
-  EXPECT_TRUE(converted.items.empty());
-  // The first element's transition is ignored, however long.
-  auto first = Clip(10, 10);
-  first.transitionType = VideoTransition::kOverlapping;
-  first.videoTransitionDuration = 1000;
-  EXPECT_EQ(Strings{"M 0+10 0+10 | 0+10 0+10"}, Describe(TrackOf({first})));
+  Sequences::Track<Sequences::AudioVideoElement> empty;
+  const auto track = TrackConverter::ToTrack(empty, 1, ClipInfo());
+  EXPECT_EQ("ABC002", track.id.Text());
+  EXPECT_EQ(1, track.type);
+  EXPECT_TRUE(track.items.empty());
 }
 
 TEST(TrackConverter, OverlappingTransitionsPullTheNextItemBack) {
+  // The first element's transition is ignored, however long.
+  auto first = Clip(100, 100, 1);
+  first.transitionType = VideoTransition::kOverlapping;
+  first.videoTransitionDuration = 1000;
+  EXPECT_EQ(Strings{"M 0+100 0+100 | 0+100 0+100"}, Converted(std::vector{first}));
   auto second = Clip(100, 100, 2);
   second.transitionType = VideoTransition::kOverlapping;  // offset 10
   second.videoTransitionDuration = 20;
@@ -174,13 +163,13 @@ TEST(TrackConverter, OverlappingTransitionsPullTheNextItemBack) {
   second.audioTransitionDuration = 16;
   EXPECT_EQ((Strings{"M 0+100 0+100 | 0+100 0+100", "V 2 10/10", "A 1 8/8",
                      "M 90+100 100+100 | 0+100 0+100"}),
-            Describe(TrackOf({Clip(100, 100, 1), second})));
+            Converted(std::vector{first, second}));
   // A transition whose effect comes out empty adds no item and no check.
   second.transitionType = 25;
   second.videoTransitionDuration = 100000;
   second.audioTransitionType = AudioTransition::kNone;
   EXPECT_EQ((Strings{"M 0+1 0+1 | 0+1 0+1", "M 1+100 1+100 | 0+100 0+100"}),
-            Describe(TrackOf({Clip(1, 1, 1), second})));
+            Converted(std::vector{Clip(1, 1, 1), second}));
 }
 
 TEST(TrackConverter, TransitionChecksAreStrictAndUseTheNeighbouringItems) {
@@ -188,32 +177,33 @@ TEST(TrackConverter, TransitionChecksAreStrictAndUseTheNeighbouringItems) {
     const char* name;
     std::vector<std::int64_t> lengths;  // frames of each element, both sides
     bool audio;                         // the last element's transition is on this side
-    std::int32_t kind;
-    std::int32_t fields;
-    const Refusal* refusal;  // none: the track converts
+    std::int32_t kind, fields;
+    std::optional<Refusal> refusal;  // none: the track converts
   };
-  const Refusal previousVideo = PreviousItemTooShort("video", 41, 2);
-  const Refusal previousAudio = PreviousItemTooShort("audio", 41, 2);
-  const Refusal currentVideo = CurrentItemTooShort("video", 41);
-  const Refusal currentAudio = CurrentItemTooShort("audio", 41);
-  const Refusal thirdNamed = PreviousItemTooShort("video", 41, 3);
   const std::int32_t kOverlap = VideoTransition::kOverlapping;
   const std::int32_t kAfter = VideoTransition::kStartingAtCut;
+  const Refusal videoBefore = PreviousItemTooShort("video", 41, 2);
+  const Refusal audioBefore = PreviousItemTooShort("audio", 41, 2);
+  const Refusal videoAfter = CurrentItemTooShort("video", 41);
+  const Refusal audioAfter = CurrentItemTooShort("audio", 41);
+  const Refusal thirdBefore = PreviousItemTooShort("video", 41, 3);
+  const std::int32_t kAudioOverlap = AudioTransition::kOverlapping;
+  const std::int32_t kAudioAfter = AudioTransition::kStartingAtCut;
   const CheckCase cases[] = {
-      {"before the cut: as long passes", {10, 100}, false, kOverlap, 20, nullptr},
-      {"before the cut: one shorter fails", {9, 100}, false, kOverlap, 20, &previousVideo},
-      {"before the cut: length 0 not tested", {0, 100}, false, kOverlap, 20000, nullptr},
-      {"before the cut: negative not tested", {-5, 100}, false, kOverlap, 20000, nullptr},
-      {"after the cut: as long passes", {100, 10}, false, kAfter, 20, nullptr},
-      {"after the cut: one shorter fails", {100, 9}, false, kAfter, 20, &currentVideo},
-      {"after the cut: length 0 not tested", {100, 0}, false, kAfter, 20000, nullptr},
-      {"after the cut: negative not tested", {100, -5}, false, kAfter, 20000, nullptr},
-      {"audio before the cut", {9, 100}, true, AudioTransition::kOverlapping, 20, &previousAudio},
-      {"audio before: length 0", {0, 100}, true, AudioTransition::kOverlapping, 20000, nullptr},
-      {"audio after the cut", {100, 9}, true, AudioTransition::kStartingAtCut, 20, &currentAudio},
-      {"audio after: length 0", {100, 0}, true, AudioTransition::kStartingAtCut, 20000, nullptr},
-      {"the item just before is short", {100, 10, 100}, false, kOverlap, 40, &thirdNamed},
-      {"only the first item is short", {10, 100, 100}, false, kOverlap, 40, nullptr},
+      {"before the cut: as long passes", {10, 100}, false, kOverlap, 20, {}},
+      {"before the cut: shorter fails", {9, 100}, false, kOverlap, 20, videoBefore},
+      {"before the cut: length 0 untested", {0, 100}, false, kOverlap, 20000, {}},
+      {"before the cut: negative untested", {-5, 100}, false, kOverlap, 20000, {}},
+      {"after the cut: as long passes", {100, 10}, false, kAfter, 20, {}},
+      {"after the cut: shorter fails", {100, 9}, false, kAfter, 20, videoAfter},
+      {"after the cut: length 0 untested", {100, 0}, false, kAfter, 20000, {}},
+      {"after the cut: negative untested", {100, -5}, false, kAfter, 20000, {}},
+      {"audio before the cut", {9, 100}, true, kAudioOverlap, 20, audioBefore},
+      {"audio before: length 0", {0, 100}, true, kAudioOverlap, 20000, {}},
+      {"audio after the cut", {100, 9}, true, kAudioAfter, 20, audioAfter},
+      {"audio after: length 0", {100, 0}, true, kAudioAfter, 20000, {}},
+      {"the item just before is short", {100, 10, 100}, false, kOverlap, 40, thirdBefore},
+      {"only the first item is short", {10, 100, 100}, false, kOverlap, 40, {}},
   };
   for (const CheckCase& c : cases) {
     SCOPED_TRACE(c.name);
@@ -221,36 +211,34 @@ TEST(TrackConverter, TransitionChecksAreStrictAndUseTheNeighbouringItems) {
     for (const std::int64_t length : c.lengths) {
       elements.push_back(Clip(length, length, static_cast<std::int32_t>(elements.size() + 1)));
     }
-    auto& last = elements.back();
-    (c.audio ? last.audioTransitionType : last.transitionType) = c.kind;
-    (c.audio ? last.audioTransitionDuration : last.videoTransitionDuration) = c.fields;
-    if (c.refusal != nullptr) {
-      ExpectRefused([&] { TrackOf(elements); }, *c.refusal);
+    (c.audio ? elements.back().audioTransitionType : elements.back().transitionType) = c.kind;
+    (c.audio ? elements.back().audioTransitionDuration : elements.back().videoTransitionDuration) =
+        c.fields;
+    if (c.refusal) {
+      ExpectRefused([&] { Converted(elements); }, *c.refusal);
     } else {
-      EXPECT_NO_THROW(TrackOf(elements));
+      EXPECT_NO_THROW(Converted(elements));
     }
   }
 }
 
 TEST(TrackConverter, ChecksOfOneElementRunInOrderAndTheFirstFailureIsReported) {
-  // The second element opens with a video and an audio transition centred on
-  // the cut, 20 frames on each side; a side of 10 frames is too short for it.
   enum Fault { kPreviousVideo, kPreviousAudio, kAssetLookUp, kCurrentVideo, kCurrentAudio };
   const char* const names[] = {"previous video", "previous audio", "asset look-up", "current video",
                                "current audio"};
   const Refusal refusals[] = {PreviousItemTooShort("video", 41, 2),
                               PreviousItemTooShort("audio", 41, 2), kTrackAssetMissing,
                               CurrentItemTooShort("video", 41), CurrentItemTooShort("audio", 41)};
+  // The second element opens with a video and an audio transition centred on
+  // the cut, 20 frames on each side; a side of 10 frames is too short for it.
   const auto convertWith = [](int first, int second) {
-    const auto has = [&](int fault) { return first == fault || second == fault; };
-    const auto length = [&](int fault) { return has(fault) ? 10 : 100; };
+    const auto length = [&](int fault) { return first == fault || second == fault ? 10 : 100; };
     auto next = Clip(length(kCurrentVideo), length(kCurrentAudio), 2,
-                     has(kAssetLookUp) ? "MISSING" : "CLIP");
+                     length(kAssetLookUp) == 10 ? "MISSING" : "CLIP");
     next.transitionType = VideoTransition::kCentredOnCut;
-    next.videoTransitionDuration = 80;
     next.audioTransitionType = AudioTransition::kCentredOnCut;
-    next.audioTransitionDuration = 80;
-    TrackOf({Clip(length(kPreviousVideo), length(kPreviousAudio), 1), next});
+    next.videoTransitionDuration = next.audioTransitionDuration = 80;
+    Converted(std::vector{Clip(length(kPreviousVideo), length(kPreviousAudio), 1), next});
   };
   for (int first = kPreviousVideo; first <= kCurrentAudio; ++first) {
     for (int second = first; second <= kCurrentAudio; ++second) {
@@ -262,28 +250,23 @@ TEST(TrackConverter, ChecksOfOneElementRunInOrderAndTheFirstFailureIsReported) {
 }
 
 TEST(TrackConverter, SingleSidedTracksKeepTheirOwnTransitions) {
-  Sequences::AudioTrack audioTrack;
-  Sequences::Track<Sequences::VideoElement> videoTrack;
-  for (int i = 0; i < 2; ++i) {
-    // 5 frames of sound, opening with an overlapping audio transition (offset 10).
-    auto audio =
-        SingleSidedElement<Sequences::AudioElement>("CLIP", SameLimit, OppositeLimit, 0, 10);
-    audio.playlistNumber = 7 + i;
-    audio.itemNumber = 3 + i;
-    audio.transitionType = AudioTransition::kOverlapping;
-    audio.transitionDuration = 20;
-    audioTrack.elements.push_back(audio);
-    // 20 frames of picture, opening with an overlapping video transition (offset 10).
-    auto video =
-        SingleSidedElement<Sequences::VideoElement>("CLIP", SameLimit, OppositeLimit, 0, 40);
-    video.transitionType = VideoTransition::kOverlapping;
-    video.transitionDuration = 20;
-    videoTrack.elements.push_back(video);
-  }
-  ExpectRefused([&] { TrackConverter::ToTrack(audioTrack, 0, ClipInfo()); },
-                PreviousItemTooShort("audio", 7, 4));
+  // 5 frames of sound, 20 of picture, each opening with an overlapping
+  // transition of offset 10.
+  auto audio = SingleSidedElement<Sequences::AudioElement>("CLIP", 1, 2, 0, 10);
+  audio.transitionType = AudioTransition::kOverlapping;
+  auto video = SingleSidedElement<Sequences::VideoElement>("CLIP", 1, 2, 0, 40);
+  video.transitionType = VideoTransition::kOverlapping;
+  audio.transitionDuration = video.transitionDuration = 20;
+  auto secondAudio = audio;
+  audio.playlistNumber = 7;
+  secondAudio.itemNumber = 4;
+  ExpectRefused(
+      [&] {
+        Converted<Sequences::AudioTrack>(std::vector{audio, secondAudio});
+      },
+      PreviousItemTooShort("audio", 7, 4));
   EXPECT_EQ((Strings{"M 0+20 0+0 | 0+20 0+0", "V 2 10/10", "M 10+20 0+0 | 0+20 0+0"}),
-            Describe(TrackConverter::ToTrack(videoTrack, 0, ClipInfo())));
+            Converted<Sequences::Track<Sequences::VideoElement>>(std::vector{video, video}));
 }
 
 TEST(TrackConverter, AuxTrackHalvesTheShortRangeOnceMore) {
@@ -292,20 +275,18 @@ TEST(TrackConverter, AuxTrackHalvesTheShortRangeOnceMore) {
     Kov::TimePoints::TimeBounds shortRange;
     const char* item;
   };
-  const AuxCase cases[] = {
-      {"100 frames", FieldRange(1000, 1200), "M 0+0 0+50 | 0+0 0+50"},
-      {"101 frames", FieldRange(1000, 1202), "M 0+0 0+50 | 0+0 0+50"},
-      {"open: -1 halves to 0", OpenRange(1000), "M 0+0 0+0 | 0+0 0+0"},
-      {"-3 frames: -1 taken as 0", FieldRange(1000, 994), "M 0+0 0+0 | 0+0 0+0"},
-      {"-4 frames", FieldRange(1000, 992), "M 0+0 0+-2 | 0+0 0+-2"},
-      {"the in-point is not halved again", FieldRange(1100, 1300), "M 0+0 0+50 | 0+0 50+50"},
-  };
   Sequences::Playlist playlist;
   playlist.number = 12;
   playlist.serverId = Data::Servers::ServerId(3);
   playlist.rate = Kov::TimePoints::VideoRates::Rate50();
   playlist.auxTrackUmId = Data::Clips::UmId("AUX");
-  for (const AuxCase& c : cases) {
+  for (const AuxCase& c :
+       {AuxCase{"100 frames", FieldRange(1000, 1200), "M 0+0 0+50 | 0+0 0+50"},
+        {"101 frames", FieldRange(1000, 1202), "M 0+0 0+50 | 0+0 0+50"},
+        {"open: -1 halves to 0", OpenRange(1000), "M 0+0 0+0 | 0+0 0+0"},
+        {"-3 frames: -1 taken as 0", FieldRange(1000, 994), "M 0+0 0+0 | 0+0 0+0"},
+        {"-4 frames", FieldRange(1000, 992), "M 0+0 0+-2 | 0+0 0+-2"},
+        {"the in-point is not halved again", FieldRange(1100, 1300), "M 0+0 0+50 | 0+0 50+50"}}) {
     SCOPED_TRACE(c.name);
     auto asset = AssetWithRanges("AUX", {FieldRange(1000, 5000)});
     asset.shortBounds = c.shortRange;

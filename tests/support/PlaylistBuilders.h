@@ -1,14 +1,15 @@
 // Builders shared by the tests, the reliability checks and the fuzzers: assets
 // with recorded ranges given in fields, elements, conversion contexts, the
-// asset key of a clip, the named kinds of transitions and effects, and a short
-// text form of track items, so that a whole track is compared in one line.
-// Free of the test framework, so that plain programs can use it too.
+// asset key of a clip, the named kinds of transitions and effects, the
+// highlight sequence worked out by hand, and a short text form of track items,
+// so that a whole track is compared in one line. Free of the test framework.
 #pragma once
 
 #include <TimelineEngineConversion/TimelineEngineConversion.h>
 
 #include <cstdint>
 #include <initializer_list>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -34,13 +35,11 @@ constexpr std::int32_t kEndingAtCut = 12;
 constexpr std::int32_t kStartingAtCut = 13;
 constexpr std::int32_t kCentredOnCut = 14;
 }  // namespace VideoTransition
+// Audio kinds 1 and 4 have fixed lengths; 3 to 5 overlap; 6 to 8 align as 12 to 14.
 namespace AudioTransition {
 constexpr std::int32_t kNone = 0;
-constexpr std::int32_t kFixedShort = 1;  // offset 1, length 2, whatever the duration
-constexpr std::int32_t kCut = 2;
 constexpr std::int32_t kOverlapping = 3;
-constexpr std::int32_t kOverlappingFixed = 4;  // offset 0, length 1
-constexpr std::int32_t kOverlappingStartingAtCut = 5;
+constexpr std::int32_t kOverlappingFixed = 4;
 constexpr std::int32_t kEndingAtCut = 6;
 constexpr std::int32_t kStartingAtCut = 7;
 constexpr std::int32_t kCentredOnCut = 8;
@@ -85,6 +84,17 @@ ElementT SingleSidedElement(const char* umIdText, std::int32_t inKind, std::int3
 // A context at 50/1 holding the given assets.
 Conversion::ExternalSequenceInfo InfoWith(std::initializer_list<Assets::MediaAsset> assets,
                                           Identifier timelineId = "TIMELINE00");
+
+// A playlist of the given elements, numbered from 1 in playlist PL3.
+Sequences::Playlist PlaylistOf(std::vector<Sequences::AudioVideoElement> elements,
+                               const char* auxClip = "");
+
+// The highlight: CAM-A of 1000 + 200 frames (the second range's odd field is
+// lost), CAM-B of 500 frames whose layout lists sound, picture and sound
+// tracks, AUX with a short range 50 frames in and 200 long; four elements with
+// overlapping transitions, a centred one, a speed change and the aux clip.
+std::shared_ptr<Assets::MediaAssetMap> HighlightAssets();
+Sequences::Playlist HighlightPlaylist();
 
 // "M videoIn+length audioIn+length | mediaVideoIn+length mediaAudioIn+length"
 // for a media item (timeline first, then media), "V kind offset/duration" for
