@@ -26,39 +26,31 @@ Assets::MediaAsset ThousandFrameAsset() {
   return AssetWithRanges("CLIP", {FieldRange(0, 1201), FieldRange(5000, 5801)});
 }
 
-template <typename Profile = Assets::KytOperatorMetadataProfile>
-std::shared_ptr<MetadataProfile> OperatorProfile(std::int64_t videoRate) {
-  auto profile = std::make_shared<Profile>();
-  profile->videoRate = videoRate;
-  return profile;
-}
 struct DerivedOperatorProfile : Assets::KytOperatorMetadataProfile {};
 
+std::string RateOf(std::shared_ptr<MetadataProfile> profile, std::int64_t videoRate) {
+  if (auto* operatorProfile = dynamic_cast<Assets::KytOperatorMetadataProfile*>(profile.get())) {
+    operatorProfile->videoRate = videoRate;
+  }
+  auto asset = ThousandFrameAsset();
+  asset.metadataProfiles[kOperatorProfileName] = std::move(profile);
+  const auto rate = TimeConverter::GetMediaAssetRate(asset);
+  return std::to_string(rate.numerator) + "/" + std::to_string(rate.denominator);
+}
+
 TEST(TimeConverter, AssetRateFollowsTheOperatorVideoRate) {
-  struct RateCase {
-    const char* name;
-    std::shared_ptr<MetadataProfile> profile;
-    std::int64_t numerator;
-  };
-  for (const RateCase& c :
-       {RateCase{"25 Hz", OperatorProfile(25), 50}, RateCase{"50 Hz", OperatorProfile(50), 50},
-        RateCase{"0 Hz", OperatorProfile(0), 60000}, RateCase{"24 Hz", OperatorProfile(24), 60000},
-        RateCase{"30 Hz", OperatorProfile(30), 60000},
-        RateCase{"a subclass of the profile", OperatorProfile<DerivedOperatorProfile>(25), 50}}) {
-    SCOPED_TRACE(c.name);
-    auto asset = ThousandFrameAsset();
-    asset.metadataProfiles[kOperatorProfileName] = c.profile;
-    const auto rate = TimeConverter::GetMediaAssetRate(asset);
-    EXPECT_EQ(c.numerator, rate.numerator);
-    EXPECT_EQ(c.numerator == 50 ? 1 : 1001, rate.denominator);
+  for (const auto& [videoRate, rate] : {std::pair{25, "50/1"},
+                                        {50, "50/1"},
+                                        {0, "60000/1001"},
+                                        {24, "60000/1001"},
+                                        {30, "60000/1001"}}) {
+    SCOPED_TRACE(videoRate);
+    EXPECT_EQ(rate, RateOf(std::make_shared<Assets::KytOperatorMetadataProfile>(), videoRate));
   }
+  EXPECT_EQ("50/1", RateOf(std::make_shared<DerivedOperatorProfile>(), 25));
   // A null profile, or one of another class under the operator's name, is absent.
-  for (const std::shared_ptr<MetadataProfile>& absent :
-       {std::shared_ptr<MetadataProfile>(), std::make_shared<MetadataProfile>()}) {
-    auto asset = ThousandFrameAsset();
-    asset.metadataProfiles[kOperatorProfileName] = absent;
-    ExpectRefused([&] { TimeConverter::GetMediaAssetRate(asset); }, kNoOperatorProfile);
-  }
+  ExpectRefused([] { RateOf(nullptr, 50); }, kNoOperatorProfile);
+  ExpectRefused([] { RateOf(std::make_shared<MetadataProfile>(), 50); }, kNoOperatorProfile);
   ExpectRefused([] { TimeConverter::GetMediaAssetRate(ThousandFrameAsset()); }, kNoOperatorProfile);
   Assets::MediaAsset noRanges;  // reported before the missing profile
   ExpectRefused([&] { TimeConverter::GetMediaAssetRate(noRanges); }, kNoRecordedRanges);
@@ -229,65 +221,42 @@ TEST(TimeConverter, BoundaryArithmeticWrapsOnOverflow) {
   EXPECT_EQ(kMin / 2, bounds.videoDuration);
 }
 
-struct EffectCase {
-  std::string name;
-  std::int32_t kind, fields, effectKind;
-  std::int64_t offset, duration;
-};
-
-void ExpectEffects(bool video, std::vector<EffectCase> cases) {
-  for (const EffectCase& c : cases) {
-    SCOPED_TRACE(c.name);
+// "kind: effect kind offset/duration" for kinds -1 to the first above the
+// table, at a duration of 25 fields (12 frames).
+std::vector<std::string> Effects(bool video, std::int32_t last, std::int32_t fields = 25) {
+  std::vector<std::string> effects;
+  for (std::int32_t kind = -1; kind <= last + 1; ++kind) {
     auto element = AvElement("CLIP", SameLimit, OppositeLimit, 0, 0);
-    (video ? element.transitionType : element.audioTransitionType) = c.kind;
-    (video ? element.videoTransitionDuration : element.audioTransitionDuration) = c.fields;
+    (video ? element.transitionType : element.audioTransitionType) = kind;
+    element.videoTransitionDuration = element.audioTransitionDuration = fields;
     const auto effect = video ? TimeConverter::ToVideoTransitionBounds(element)
                               : TimeConverter::ToAudioTransitionBounds(element);
-    EXPECT_EQ(c.effectKind, effect.kind);
-    EXPECT_EQ(c.offset, effect.offset);
-    EXPECT_EQ(c.duration, effect.duration);
-    EXPECT_EQ("", effect.name);
+    effects.push_back(std::to_string(kind) + ": " + std::to_string(effect.kind) + " " +
+                      std::to_string(effect.offset) + "/" + std::to_string(effect.duration) +
+                      effect.name);
   }
+  return effects;
 }
 
-// 25 fields are 12 frames.
+// Kinds 2 to 11 overlap; 12 to 20 end at the cut, start at it, are centred on it.
 TEST(TimeConverter, VideoTransitionTable) {
-  std::vector<EffectCase> cases = {
-      {"none", VideoTransition::kNone, 25, kNoEffect, 0, 0},
-      {"cut", VideoTransition::kCut, 25, kInPlaceEffect, 0, 0},
-      {"below the table", -1, 25, kNoEffect, 0, 0},
-      {"above the table", 21, 25, kNoEffect, 0, 0},
-      {"smallest kind", std::numeric_limits<std::int32_t>::min(), 25, kNoEffect, 0, 0},
-      {"negative duration truncates", 17, -25, kInPlaceEffect, -6, -12}};
-  for (std::int32_t kind = VideoTransition::kOverlapping; kind <= 11; ++kind) {
-    cases.push_back({"overlapping " + std::to_string(kind), kind, 25, kOverlappingEffect, 12, 12});
-  }
-  for (std::int32_t kind = VideoTransition::kEndingAtCut; kind <= 20; kind += 3) {
-    cases.push_back(
-        {"ending at the cut " + std::to_string(kind), kind, 25, kInPlaceEffect, 12, 12});
-    cases.push_back(
-        {"starting at the cut " + std::to_string(kind + 1), kind + 1, 25, kInPlaceEffect, 0, 12});
-    cases.push_back(
-        {"centred on the cut " + std::to_string(kind + 2), kind + 2, 25, kInPlaceEffect, 6, 12});
-  }
-  ExpectEffects(true, cases);
+  EXPECT_EQ(
+      (std::vector<std::string>{
+          "-1: 0 0/0",   "0: 0 0/0",    "1: 1 0/0",   "2: 2 12/12", "3: 2 12/12",  "4: 2 12/12",
+          "5: 2 12/12",  "6: 2 12/12",  "7: 2 12/12", "8: 2 12/12", "9: 2 12/12",  "10: 2 12/12",
+          "11: 2 12/12", "12: 1 12/12", "13: 1 0/12", "14: 1 6/12", "15: 1 12/12", "16: 1 0/12",
+          "17: 1 6/12",  "18: 1 12/12", "19: 1 0/12", "20: 1 6/12", "21: 0 0/0"}),
+      Effects(true, 20));
+  EXPECT_EQ("17: 1 -6/-12", Effects(true, 20, -25)[18]);  // negative durations truncate too
 }
 
+// Kinds 1 and 4 have fixed lengths; 3 to 5 overlap; 6 to 8 align as 12 to 14.
 TEST(TimeConverter, AudioTransitionTable) {
-  ExpectEffects(
-      false,
-      {{"none", AudioTransition::kNone, 25, kNoEffect, 0, 0},
-       {"fixed short", 1, 25, kInPlaceEffect, 1, 2},
-       {"fixed short whatever the duration", 1, 1000, kInPlaceEffect, 1, 2},
-       {"cut", 2, 25, kInPlaceEffect, 0, 0},
-       {"overlapping", AudioTransition::kOverlapping, 25, kOverlappingEffect, 12, 12},
-       {"overlapping fixed", AudioTransition::kOverlappingFixed, 25, kOverlappingEffect, 0, 1},
-       {"overlapping from the cut", 5, 25, kOverlappingEffect, 0, 12},
-       {"ending at the cut", AudioTransition::kEndingAtCut, 25, kInPlaceEffect, 12, 12},
-       {"starting at the cut", AudioTransition::kStartingAtCut, 25, kInPlaceEffect, 0, 12},
-       {"centred on the cut", AudioTransition::kCentredOnCut, 25, kInPlaceEffect, 6, 12},
-       {"above the table", 9, 25, kNoEffect, 0, 0},
-       {"below the table", -1, 25, kNoEffect, 0, 0}});
+  const std::vector<std::string> expected = {"-1: 0 0/0",  "0: 0 0/0",  "1: 1 1/2",  "2: 1 0/0",
+                                             "3: 2 12/12", "4: 2 0/1",  "5: 2 0/12", "6: 1 12/12",
+                                             "7: 1 0/12",  "8: 1 6/12", "9: 0 0/0"};
+  EXPECT_EQ(expected, Effects(false, 8));
+  EXPECT_EQ("1: 1 1/2", Effects(false, 8, 1000)[2]);
 }
 
 }  // namespace

@@ -83,42 +83,27 @@ TEST(TimelineConverter, DurationWalkSkipsTransitionsAndEndsOfMinusOne) {
   EXPECT_EQ(-100, timeline.duration);
 }
 
-TEST(TimelineConverter, OpenEndedMaterialAndThePlaylistDuration) {
-  // LIVE is still recording: its duration is -1. E1 runs to the (open) end:
-  // -1 frames, no room on the timeline. E2: IN 10 back from the end = -11, OUT 50.
-  auto aux = AssetWithRanges("AUX", {FieldRange(0, 100), OpenRange(200)});
-  aux.assetKind = 1;  // the whole material: open, so the aux item is empty
-  const auto assets = MapOf({AssetWithRanges("LIVE", {FieldRange(0, 1000), OpenRange(2000)}), aux});
-  auto playlist = PlaylistOf({AvElement("LIVE", SameLimit, SameLimit, 0, 0),
-                              AvElement("LIVE", OppositeLimit, OppositeLimit, 20, 100)},
-                             "AUX");
-  playlist.durationInFields = 301;
-
-  const auto byItems = ByItems(playlist, assets);
-  EXPECT_EQ((Strings{"M 0+0 0+0 | 0+-1 0+-1", "M 0+61 0+61 | -11+61 -11+61"}),
-            Describe(byItems.tracks[0]));
-  EXPECT_EQ(61, byItems.duration);
-  EXPECT_EQ(Strings{"M 0+0 0+0 | 0+0 0+0"}, Describe(byItems.tracks[1]));
-  for (const auto& info : byItems.mediaInfos) {
-    EXPECT_EQ(-1, info.duration);
-  }
-
-  // Any mode but 0 reads the playlist's own duration, truncated to frames.
+// Any mode but 0 reads the playlist's own duration, truncated to frames; the
+// aux track does not count.
+TEST(TimelineConverter, PlaylistDurationForEveryModeButTrackItems) {
   struct ModeCase {
     const char* name;
     std::int32_t mode;
-    std::int64_t fields;
-    std::int64_t frames;
+    std::int64_t fields, frames;
   };
+  auto playlist = HighlightPlaylist();
   for (const ModeCase& c :
        {ModeCase{"from the playlist", TimelineConverter::FromPlaylist, 301, 150},
-        ModeCase{"mode 5", 5, 301, 150}, ModeCase{"mode -1", -1, 301, 150},
-        ModeCase{"negative, toward zero", TimelineConverter::FromPlaylist, -7, -3}}) {
+        {"mode 5", 5, 301, 150},
+        {"mode -1", -1, 301, 150},
+        {"negative, toward zero", TimelineConverter::FromPlaylist, -7, -3},
+        {"from the track items", TimelineConverter::FromTrackItems, 301, 350}}) {
     SCOPED_TRACE(c.name);
     playlist.durationInFields = c.fields;
-    EXPECT_EQ(c.frames, TimelineConverter::ToTimeline(
-                            playlist, static_cast<TimelineConverter::DurationMode>(c.mode), assets)
-                            .duration);
+    EXPECT_EQ(c.frames,
+              TimelineConverter::ToTimeline(
+                  playlist, static_cast<TimelineConverter::DurationMode>(c.mode), HighlightAssets())
+                  .duration);
   }
 }
 

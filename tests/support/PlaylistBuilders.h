@@ -1,6 +1,6 @@
 // Builders shared by the tests, the reliability checks and the fuzzers: assets
 // with recorded ranges given in fields, elements, conversion contexts, the
-// asset key of a clip, the named kinds of transitions and effects, the
+// asset key of a clip, the named kinds of transitions, the
 // highlight sequence worked out by hand, and a short text form of track items,
 // so that a whole track is compared in one line. Free of the test framework.
 #pragma once
@@ -44,11 +44,6 @@ constexpr std::int32_t kEndingAtCut = 6;
 constexpr std::int32_t kStartingAtCut = 7;
 constexpr std::int32_t kCentredOnCut = 8;
 }  // namespace AudioTransition
-
-// Effect kinds of the engine side: kind 2 pulls the next item back.
-constexpr std::int32_t kNoEffect = 0;
-constexpr std::int32_t kInPlaceEffect = 1;
-constexpr std::int32_t kOverlappingEffect = 2;
 
 Kov::TimePoints::TimeBounds FieldRange(std::int64_t startField, std::int64_t endField);
 // A range that starts at a field and is still being recorded.
