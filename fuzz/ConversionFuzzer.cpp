@@ -24,6 +24,7 @@
 #include <vector>
 
 #include "ModelText.h"
+#include "support/PlaylistBuilders.h"
 
 namespace {
 
@@ -271,10 +272,7 @@ class InputBuilder {
   // clip id can be.
   static constexpr const char* kClipTexts[] = {"", "A", "CAM-A-0031", "CAM-A-003", "12345678901"};
 
-  static Identifier AssetKey(const char* clipText) {
-    char buffer[Data::Guid::kTextLength + 1];
-    return Identifier(Data::Clips::Guid(clipText).ToString(buffer, sizeof buffer));
-  }
+  static Identifier AssetKey(const char* clipText) { return testing_support::AssetIdOf(clipText); }
 
  private:
   Data::Channels::Speed PickSpeed() {

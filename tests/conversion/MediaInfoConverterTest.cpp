@@ -1,110 +1,89 @@
 // MediaInfoConverter: timing only for assets with recorded ranges, and the
 // track text of the first layout of the first resource, picture tracks first.
-#include "conversion/MediaInfoConverter.h"
-
 #include <gtest/gtest.h>
 
-#include <stdexcept>
-#include <vector>
-
 #include "support/PlaylistBuilders.h"
+#include "support/Refusals.h"
 
 namespace {
 
 using namespace testing_support;
 using Conversion::MediaInfoConverter;
-using Kov::BusinessEntityModel::BaseTypes::SharedReference;
 
 const Kov::TimePoints::Rate kRate50 = Kov::TimePoints::VideoRates::Rate50();
 
-// Tracks of the given kinds; the layout lists them in order.
-struct LayoutFixture {
+// An asset whose first resource's first layout lists tracks of the given kinds.
+struct AssetWithLayout {
   std::vector<std::shared_ptr<Assets::Track>> tracks;
   std::shared_ptr<Assets::TrackLayout> layout = std::make_shared<Assets::TrackLayout>();
+  Assets::MediaAsset asset = AssetWithRanges("CLIP", {FieldRange(0, 200)});
 
-  explicit LayoutFixture(std::initializer_list<std::int32_t> kinds) {
+  AssetWithLayout(std::vector<std::int32_t> kinds, const char* layoutKey = "layout",
+                  const char* resourceKey = "resource") {
     for (const std::int32_t kind : kinds) {
       tracks.push_back(std::make_shared<Assets::Track>(Assets::Track{"t", "", kind}));
       layout->tracks.push_back(tracks.back().get());
     }
+    auto resource = std::make_shared<Assets::MediaResource>();
+    resource->trackLayouts.Insert({*layoutKey == '\0' ? nullptr : layout, layoutKey});
+    asset.resources.Insert({resource, resourceKey});
+  }
+  std::string Text() const {
+    return MediaInfoConverter::ToMediaInfo(asset, kRate50).tracksDescription;
   }
 };
-
-Assets::MediaAsset AssetWithLayout(const std::shared_ptr<Assets::TrackLayout>& layout,
-                                   const char* layoutKey = "layout",
-                                   const char* resourceKey = "resource") {
-  auto resource = std::make_shared<Assets::MediaResource>();
-  resource->trackLayouts.Insert(SharedReference<Assets::TrackLayout>(layout, layoutKey));
-  Assets::MediaAsset asset = AssetWithRanges("CLIP", {FieldRange(0, 200)});
-  asset.resources.Insert(SharedReference<Assets::MediaResource>(resource, resourceKey));
-  return asset;
-}
-
-std::string TracksText(std::initializer_list<std::int32_t> kinds) {
-  const LayoutFixture fixture(kinds);
-  return MediaInfoConverter::ToMediaInfo(AssetWithLayout(fixture.layout), kRate50)
-      .tracksDescription;
-}
 
 TEST(MediaInfoConverter, TimingComesFromTheRecordedRanges) {
   Assets::MediaAsset bare;
   bare.id = "bare";
-  auto info = MediaInfoConverter::ToMediaInfo(bare, kRate50);
-  EXPECT_EQ("bare", info.id.Text());
-  EXPECT_EQ(0, info.limitIn);
-  EXPECT_EQ(0, info.duration);
-  EXPECT_EQ("", info.tracksDescription);
-
-  info = MediaInfoConverter::ToMediaInfo(
-      AssetWithRanges("CLIP", {FieldRange(0, 10), OpenRange(90)}), kRate50);
-  EXPECT_EQ(AssetIdOf("CLIP"), info.id);
-  EXPECT_EQ(-1, info.duration);
-  EXPECT_EQ(100,
-            MediaInfoConverter::ToMediaInfo(AssetWithRanges("CLIP", {FieldRange(0, 200)}), kRate50)
-                .duration);
+  const auto info = MediaInfoConverter::ToMediaInfo(bare, kRate50);
+  EXPECT_EQ("bare 0 0 ", info.id.Text() + " " + std::to_string(info.limitIn) + " " +
+                             std::to_string(info.duration) + " " + info.tracksDescription);
+  const auto open = AssetWithRanges("CLIP", {FieldRange(0, 10), OpenRange(90)});
+  EXPECT_EQ(-1, MediaInfoConverter::ToMediaInfo(open, kRate50).duration);
+  ExpectRefused(
+      [] {
+        MediaInfoConverter::ToMediaInfo(AssetWithRanges("C", {FieldRange(0, 2)}), {0, 1});
+      },
+      kRateNotPositive);
 }
 
 TEST(MediaInfoConverter, ListsPictureTracksBeforeSoundTracks) {
-  EXPECT_EQ("V+M+M", TracksText({0, 2, 0}));
-  EXPECT_EQ("V+M+M", TracksText({2, 0, 0, 1}));
-  EXPECT_EQ("M+M", TracksText({0, 0}));
-  EXPECT_EQ("V+V", TracksText({2, 3, 2}));
-  EXPECT_EQ("", TracksText({1, -1}));
-  EXPECT_EQ("", TracksText({}));
+  struct KindsCase {
+    const char* name;
+    std::vector<std::int32_t> kinds;
+    const char* text;
+  };
+  for (const KindsCase& c : {KindsCase{"sound, picture, sound", {0, 2, 0}, "V+M+M"},
+                             {"other kinds left out", {2, 0, 0, 1}, "V+M+M"},
+                             {"sound only", {0, 0}, "M+M"},
+                             {"picture only", {2, 3, 2}, "V+V"},
+                             {"no listed kind", {1, -1}, ""},
+                             {"no tracks", {}, ""}}) {
+    SCOPED_TRACE(c.name);
+    EXPECT_EQ(c.text, AssetWithLayout(c.kinds).Text());
+  }
 }
 
 TEST(MediaInfoConverter, EmptyKeysMeanNoDescriptionAndMissingObjectsThrow) {
-  const LayoutFixture fixture({2, 0});
-  // Only the first resource counts, and its first layout.
-  auto asset = AssetWithLayout(fixture.layout, "layout", "");
-  auto complete = std::make_shared<Assets::MediaResource>();
-  complete->trackLayouts.Insert(SharedReference<Assets::TrackLayout>(fixture.layout, "layout"));
-  asset.resources.Insert(SharedReference<Assets::MediaResource>(complete, "z-resource"));
-  EXPECT_EQ("", MediaInfoConverter::ToMediaInfo(asset, kRate50).tracksDescription);
-  EXPECT_EQ("", MediaInfoConverter::ToMediaInfo(AssetWithLayout(fixture.layout, ""), kRate50)
-                    .tracksDescription);
-  EXPECT_EQ(
-      "", MediaInfoConverter::ToMediaInfo(AssetWithLayout(nullptr, ""), kRate50).tracksDescription);
+  EXPECT_EQ("", AssetWithLayout({2, 0}, "").Text());
+  EXPECT_EQ("", AssetWithLayout({2, 0}, "layout", "").Text());
+  // Only the first resource counts: a complete one after an empty key is not read.
+  AssetWithLayout afterEmptyKey({2, 0}, "layout", "");
+  const AssetWithLayout complete({2});
+  afterEmptyKey.asset.resources.Insert({complete.asset.resources[0].Pointer(), "z"});
+  EXPECT_EQ("", afterEmptyKey.Text());
 
-  ExpectThrowExactly<std::runtime_error>(
-      [] { MediaInfoConverter::ToMediaInfo(AssetWithLayout(nullptr), kRate50); }, "null pointer");
+  AssetWithLayout nullTrack({2, 0});
+  nullTrack.layout->tracks.push_back(nullptr);
+  ExpectRefused([&] { nullTrack.Text(); }, kNullPointer);
+  AssetWithLayout nullLayout({2, 0});
+  nullLayout.asset.resources[0]->trackLayouts = {};
+  nullLayout.asset.resources[0]->trackLayouts.Insert({nullptr, "layout"});
+  ExpectRefused([&] { nullLayout.Text(); }, kNullPointer);
   Assets::MediaAsset nullResource = AssetWithRanges("CLIP", {FieldRange(0, 200)});
-  nullResource.resources.Insert(SharedReference<Assets::MediaResource>(nullptr, "resource"));
-  ExpectThrowExactly<std::runtime_error>(
-      [&] { MediaInfoConverter::ToMediaInfo(nullResource, kRate50); }, "null pointer");
-  fixture.layout->tracks.push_back(nullptr);
-  ExpectThrowExactly<std::runtime_error>(
-      [&] { MediaInfoConverter::ToMediaInfo(AssetWithLayout(fixture.layout), kRate50); },
-      "null pointer");
-}
-
-TEST(MediaInfoConverter, TimingFailuresPassThrough) {
-  Assets::MediaAsset asset = AssetWithRanges("CLIP", {FieldRange(0, 200)});
-  ExpectThrowExactly<std::invalid_argument>(
-      [&] {
-        MediaInfoConverter::ToMediaInfo(asset, Kov::TimePoints::Rate{0, 1});
-      },
-      "TimeBoundaryToFields: the rate needs a positive numerator and denominator");
+  nullResource.resources.Insert({nullptr, "resource"});
+  ExpectRefused([&] { MediaInfoConverter::ToMediaInfo(nullResource, kRate50); }, kNullPointer);
 }
 
 }  // namespace

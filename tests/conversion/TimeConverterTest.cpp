@@ -1,70 +1,59 @@
 // TimeConverter: an asset's rate, usable length and short range; an element's
-// boundaries resolved by kind; the refusals of absolute boundaries and missing
-// assets; the two transition tables.
-#include "conversion/TimeConverter.h"
-
+// boundaries resolved by kind, also for elements of a caller's own classes;
+// the refusals of absolute boundaries and missing assets; the transition tables.
 #include <gtest/gtest.h>
 
 #include <limits>
-#include <stdexcept>
 
 #include "support/PlaylistBuilders.h"
+#include "support/Refusals.h"
 
 namespace {
 
 using namespace testing_support;
+using Conversion::Absolute;
+using Conversion::OppositeLimit;
+using Conversion::OtherBoundary;
+using Conversion::SameLimit;
 using Conversion::TimeConverter;
-
-constexpr const char* kNoRanges = "MediaAsset from Sequence has no PhysicalTimebounds";
-constexpr const char* kNoProfile = "MediaAsset from Sequence has no KytOperatorMetadata";
-constexpr const char* kAbsoluteIn =
-    "a sequence element contains absolute IN boundaries : not allowed in Timeline Engine";
-constexpr const char* kAbsoluteOut =
-    "a sequence element contains absolute OUT boundaries : not allowed in Timeline Engine";
-constexpr const char* kNotFound = "MediaAsset for sequence track item not found";
+using Kov::BusinessEntityModel::BaseTypes::MetadataProfile;
 
 const Kov::TimePoints::Rate kRate50 = Kov::TimePoints::VideoRates::Rate50();
+const auto& kOperatorProfileName = Assets::KytOperatorMetadataProfile::StaticFullyQualifiedName();
 
-// An asset of 1000 frames (2000 fields).
+// 1000 frames in two ranges of odd field counts: 600 + 400 frames.
 Assets::MediaAsset ThousandFrameAsset() {
-  return AssetWithRanges("CLIP", {FieldRange(0, 2000)});
+  return AssetWithRanges("CLIP", {FieldRange(0, 1201), FieldRange(5000, 5801)});
 }
 
-Kov::TimePoints::Rate RateFor(
-    const std::shared_ptr<Kov::BusinessEntityModel::BaseTypes::MetadataProfile>& profile) {
-  Assets::MediaAsset asset = ThousandFrameAsset();
-  asset.metadataProfiles[Assets::KytOperatorMetadataProfile::StaticFullyQualifiedName()] = profile;
-  return TimeConverter::GetMediaAssetRate(asset);
-}
+struct DerivedOperatorProfile : Assets::KytOperatorMetadataProfile {};
 
-std::shared_ptr<Assets::KytOperatorMetadataProfile> OperatorProfile(std::int64_t videoRate) {
-  auto profile = std::make_shared<Assets::KytOperatorMetadataProfile>();
-  profile->videoRate = videoRate;
-  return profile;
+std::string RateOf(std::shared_ptr<MetadataProfile> profile, std::int64_t videoRate) {
+  if (auto* operatorProfile = dynamic_cast<Assets::KytOperatorMetadataProfile*>(profile.get())) {
+    operatorProfile->videoRate = videoRate;
+  }
+  auto asset = ThousandFrameAsset();
+  asset.metadataProfiles[kOperatorProfileName] = std::move(profile);
+  const auto rate = TimeConverter::GetMediaAssetRate(asset);
+  return std::to_string(rate.numerator) + "/" + std::to_string(rate.denominator);
 }
 
 TEST(TimeConverter, AssetRateFollowsTheOperatorVideoRate) {
-  for (const std::int64_t videoRate : {25, 50}) {
-    EXPECT_EQ(50, RateFor(OperatorProfile(videoRate)).numerator);
+  for (const auto& [videoRate, rate] : {std::pair{25, "50/1"},
+                                        {50, "50/1"},
+                                        {0, "60000/1001"},
+                                        {24, "60000/1001"},
+                                        {30, "60000/1001"}}) {
+    SCOPED_TRACE(videoRate);
+    EXPECT_EQ(rate, RateOf(std::make_shared<Assets::KytOperatorMetadataProfile>(), videoRate));
   }
-  for (const std::int64_t videoRate : {0, 24, 30, 60}) {
-    const auto rate = RateFor(OperatorProfile(videoRate));
-    EXPECT_EQ(60000, rate.numerator);
-    EXPECT_EQ(1001, rate.denominator);
-  }
+  EXPECT_EQ("50/1", RateOf(std::make_shared<DerivedOperatorProfile>(), 25));
   // A null profile, or one of another class under the operator's name, is absent.
-  ExpectThrowExactly<std::invalid_argument>([] { RateFor(nullptr); }, kNoProfile);
-  ExpectThrowExactly<std::invalid_argument>(
-      [] { RateFor(std::make_shared<Kov::BusinessEntityModel::BaseTypes::MetadataProfile>()); },
-      kNoProfile);
-  ExpectThrowExactly<std::invalid_argument>(
-      [] { TimeConverter::GetMediaAssetRate(ThousandFrameAsset()); }, kNoProfile);
-  // The missing ranges are reported first.
-  Assets::MediaAsset noRanges;
-  noRanges.metadataProfiles[Assets::KytOperatorMetadataProfile::StaticFullyQualifiedName()] =
-      OperatorProfile(50);
-  ExpectThrowExactly<std::invalid_argument>([&] { TimeConverter::GetMediaAssetRate(noRanges); },
-                                            kNoRanges);
+  ExpectRefused([] { RateOf(nullptr, 50); }, kNoOperatorProfile);
+  ExpectRefused([] { RateOf(std::make_shared<MetadataProfile>(), 50); }, kNoOperatorProfile);
+  ExpectRefused([] { TimeConverter::GetMediaAssetRate(ThousandFrameAsset()); }, kNoOperatorProfile);
+  Assets::MediaAsset noRanges;  // reported before the missing profile
+  ExpectRefused([&] { TimeConverter::GetMediaAssetRate(noRanges); }, kNoRecordedRanges);
 }
 
 TEST(TimeConverter, AssetDurationHalvesEachRangeOnItsOwn) {
@@ -72,199 +61,202 @@ TEST(TimeConverter, AssetDurationHalvesEachRangeOnItsOwn) {
   const auto timing = TimeConverter::GetMediaAssetLimitInAndDuration(asset, kRate50);
   EXPECT_EQ(0, timing.limitIn);
   EXPECT_EQ(50 + 49, timing.duration);
-
   const auto open = AssetWithRanges("CLIP", {FieldRange(0, 100), OpenRange(500)});
   EXPECT_EQ(-1, TimeConverter::GetMediaAssetLimitInAndDuration(open, kRate50).duration);
-  ExpectThrowExactly<std::invalid_argument>(
-      [] { TimeConverter::GetMediaAssetLimitInAndDuration(Assets::MediaAsset(), kRate50); },
-      kNoRanges);
+  ExpectRefused([] { TimeConverter::GetMediaAssetLimitInAndDuration({}, kRate50); },
+                kNoRecordedRanges);
 }
 
-TEST(TimeConverter, ShortRangeIsMeasuredFromTheFirstRecordedStart) {
-  auto asset = AssetWithRanges("CLIP", {FieldRange(1000, 2000), FieldRange(3000, 3100)});
-  asset.shortBounds = FieldRange(1010, 1111);
-  auto timing = TimeConverter::GetShortInAndDurationFromMediaAsset(asset, kRate50);
-  EXPECT_EQ(5, timing.limitIn);
-  EXPECT_EQ(55 - 5, timing.duration);
-
-  asset.shortBounds = OpenRange(1010);
-  timing = TimeConverter::GetShortInAndDurationFromMediaAsset(asset, kRate50);
-  EXPECT_EQ(5, timing.limitIn);
-  EXPECT_EQ(-1, timing.duration);
-
-  asset.assetKind = 1;  // the whole material
-  timing = TimeConverter::GetShortInAndDurationFromMediaAsset(asset, kRate50);
-  EXPECT_EQ(0, timing.limitIn);
-  EXPECT_EQ(500 + 50, timing.duration);
-
-  ExpectThrowExactly<std::invalid_argument>(
-      [] { TimeConverter::GetShortInAndDurationFromMediaAsset(Assets::MediaAsset(), kRate50); },
-      kNoRanges);
-}
-
-struct BoundaryCase {
-  std::int32_t inKind;
-  std::int32_t outKind;
-  std::int64_t inValue;
-  std::int64_t outValue;
-  std::int64_t expectedIn;
-  std::int64_t expectedDuration;
-};
-
-TEST(TimeConverter, BoundariesResolveByKindOnAThousandFrameAsset) {
-  const BoundaryCase cases[] = {
-      {1, 2, 7, 100, 3, 47},       // IN from the start, truncated; OUT from the start
-      {1, 2, -7, 100, -3, 53},     // truncation toward zero
-      {2, 1, 100, 200, 950, -50},  // IN back from the end; OUT back from the end
-      {3, 2, 10, 100, 45, 5},      // IN counted back from OUT
-      {3, 1, 10, 100, 945, 5},     // OUT back from the end, IN back from OUT
-      {1, 3, 20, 40, 10, 20},      // OUT a length after IN
-      {3, 3, 20, 40, 990, 20},     // both relative: IN from the end, OUT may pass it
+TEST(TimeConverter, ShortRangeForEveryAssetKindButTheWholeMaterialKind) {
+  struct KindCase {
+    const char* name;
+    std::int32_t assetKind;
+    Kov::TimePoints::TimeBounds shortRange;
+    std::int64_t limitIn;
+    std::int64_t duration;
   };
-  const auto info = InfoWith({ThousandFrameAsset()});
-  for (const BoundaryCase& c : cases) {
-    const auto element = AvElement("CLIP", c.inKind, c.outKind, c.inValue, c.outValue);
-    const auto bounds = TimeConverter::ToMediaBounds(element, info);
-    EXPECT_EQ(c.expectedIn, bounds.videoIn) << c.inKind << "/" << c.outKind;
-    EXPECT_EQ(c.expectedDuration, bounds.videoDuration) << c.inKind << "/" << c.outKind;
+  for (const KindCase& c :
+       {KindCase{"kind 0: the short range", 0, FieldRange(1010, 1111), 5, 55 - 5},
+        KindCase{"kind 2: the short range", 2, FieldRange(1010, 1111), 5, 55 - 5},
+        KindCase{"kind -1: the short range", -1, FieldRange(1010, 1111), 5, 55 - 5},
+        KindCase{"kind 0, open short range", 0, OpenRange(1010), 5, -1},
+        KindCase{"kind 1: the whole material", 1, FieldRange(1010, 1111), 0, 500 + 50}}) {
+    SCOPED_TRACE(c.name);
+    auto asset = AssetWithRanges("CLIP", {FieldRange(1000, 2000), FieldRange(3000, 3100)});
+    asset.assetKind = c.assetKind;
+    asset.shortBounds = c.shortRange;
+    const auto timing = TimeConverter::GetShortInAndDurationFromMediaAsset(asset, kRate50);
+    EXPECT_EQ(c.limitIn, timing.limitIn);
+    EXPECT_EQ(c.duration, timing.duration);
+    ExpectRefused(
+        [&] {
+          asset.timeBounds = {};
+          TimeConverter::GetShortInAndDurationFromMediaAsset(asset, kRate50);
+        },
+        kNoRecordedRanges);
   }
 }
 
-TEST(TimeConverter, OpenEndedAssetsGiveNegativePositionsUnchanged) {
-  const auto info = InfoWith({AssetWithRanges("CLIP", {OpenRange(0)})});
-  const auto bounds = TimeConverter::ToMediaBounds(AvElement("CLIP", 2, 2, 20, 100), info);
-  EXPECT_EQ(-1 - 10, bounds.videoIn);
-  EXPECT_EQ(50 - (-11), bounds.videoDuration);
+std::string BoundsText(const Conversion::MediaBounds& bounds) {
+  return std::to_string(bounds.videoIn) + "+" + std::to_string(bounds.videoDuration) + " " +
+         std::to_string(bounds.audioIn) + "+" + std::to_string(bounds.audioDuration);
+}
+
+TEST(TimeConverter, BoundariesResolveByKindOnAThousandFrameAsset) {
+  struct BoundaryCase {
+    const char* name;
+    std::int32_t inKind, outKind;
+    std::int64_t inValue, outValue;
+    const char* inAndLength;
+  };
+  const auto info = InfoWith({ThousandFrameAsset()});
+  for (const BoundaryCase& c : {
+           BoundaryCase{"IN from start, OUT from start", SameLimit, OppositeLimit, 7, 100, "3+47"},
+           {"IN truncates toward zero", SameLimit, OppositeLimit, -7, 100, "-3+53"},
+           {"IN from start, OUT back from end", SameLimit, SameLimit, 100, 200, "50+850"},
+           {"IN back from end, OUT back from end", OppositeLimit, SameLimit, 100, 200, "950+-50"},
+           {"IN back from end, OUT from start", OppositeLimit, OppositeLimit, 100, 1960, "950+30"},
+           {"IN back from end, OUT after IN", OppositeLimit, OtherBoundary, 100, 40, "950+20"},
+           {"IN back from OUT, OUT from start", OtherBoundary, OppositeLimit, 10, 100, "45+5"},
+           {"IN back from OUT, OUT back from end", OtherBoundary, SameLimit, 10, 100, "945+5"},
+           {"IN from start, OUT after IN", SameLimit, OtherBoundary, 20, 40, "10+20"},
+           {"both relative: IN back from end", OtherBoundary, OtherBoundary, 20, 40, "990+20"},
+       }) {
+    SCOPED_TRACE(c.name);
+    const auto element = AvElement("CLIP", c.inKind, c.outKind, c.inValue, c.outValue);
+    EXPECT_EQ(std::string(c.inAndLength) + " " + c.inAndLength,
+              BoundsText(TimeConverter::ToMediaBounds(element, info)));
+  }
+  // Open-ended material: IN back from its end is negative and passed on.
+  const auto open = InfoWith({AssetWithRanges("CLIP", {OpenRange(0)})});
+  EXPECT_EQ("-11+61 -11+61", BoundsText(TimeConverter::ToMediaBounds(
+                                 AvElement("CLIP", OppositeLimit, OppositeLimit, 20, 100), open)));
 }
 
 TEST(TimeConverter, AbsoluteBoundariesAreRefusedInFirst) {
+  struct AbsoluteCase {
+    const char* name;
+    std::int32_t inKind, outKind;
+    const Refusal& refusal;
+  };
   const auto info = InfoWith({ThousandFrameAsset()});
-  for (const std::int32_t absolute : {0, 4, -1}) {
-    ExpectThrowExactly<std::invalid_argument>(
-        [&] { TimeConverter::ToMediaBounds(AvElement("CLIP", absolute, 2, 0, 0), info); },
-        kAbsoluteIn);
-    ExpectThrowExactly<std::invalid_argument>(
-        [&] { TimeConverter::ToMediaBounds(AvElement("CLIP", 1, absolute, 0, 0), info); },
-        kAbsoluteOut);
-    // An IN counted from the OUT resolves the OUT first.
-    ExpectThrowExactly<std::invalid_argument>(
-        [&] { TimeConverter::ToMediaBounds(AvElement("CLIP", 3, absolute, 0, 0), info); },
-        kAbsoluteOut);
+  for (const AbsoluteCase& c :
+       {AbsoluteCase{"IN absolute", Absolute, OppositeLimit, kAbsoluteIn},
+        {"IN of unknown kind 4", 4, OppositeLimit, kAbsoluteIn},
+        {"IN of kind -1", -1, OppositeLimit, kAbsoluteIn},
+        {"OUT absolute", SameLimit, Absolute, kAbsoluteOut},
+        {"OUT of unknown kind 4", SameLimit, 4, kAbsoluteOut},
+        {"IN back from an absolute OUT", OtherBoundary, Absolute, kAbsoluteOut},
+        {"both absolute", Absolute, Absolute, kAbsoluteIn}}) {
+    SCOPED_TRACE(c.name);
+    const auto element = AvElement("CLIP", c.inKind, c.outKind, 0, 0);
+    ExpectRefused([&] { TimeConverter::ToMediaBounds(element, info); }, c.refusal);
   }
-  ExpectThrowExactly<std::invalid_argument>(
-      [&] { TimeConverter::ToMediaBounds(AvElement("CLIP", 0, 0, 0, 0), info); }, kAbsoluteIn);
 }
 
-TEST(TimeConverter, MediaBoundsFillOnlyTheSidesTheElementHas) {
-  const auto info = InfoWith({ThousandFrameAsset()});
-  const auto numbers = [&](const Sequences::Element& element) {
-    const auto bounds = TimeConverter::ToMediaBounds(element, info);
-    EXPECT_EQ(AssetIdOf("CLIP"), bounds.mediaId);
-    return std::array<std::int64_t, 4>{bounds.videoIn, bounds.videoDuration, bounds.audioIn,
-                                       bounds.audioDuration};
-  };
-  auto both = AvElement("CLIP", 1, 2, 10, 110);
+// A caller's own element classes: a subclass of a record converts like the
+// record; an element that reports a kind whose record it is not gives zeros.
+struct TaggedAudioVideoElement : Sequences::AudioVideoElement {};
+template <typename Record>
+struct ReportingElement : Record {
+  explicit ReportingElement(Sequences::Element::Type reported) : reported(reported) {}
+  Sequences::Element::Type GetType() const override { return reported; }
+  Sequences::Element::Type reported;
+};
+
+TEST(TimeConverter, EachElementClassFillsOnlyItsOwnSides) {
+  auto both = AvElement("CLIP", SameLimit, OppositeLimit, 10, 110);
   both.audioInValue = 20;
   both.audioOutValue = 60;
-  EXPECT_EQ((std::array<std::int64_t, 4>{5, 50, 10, 20}), numbers(both));
-  EXPECT_EQ((std::array<std::int64_t, 4>{5, 10, 0, 0}),
-            numbers(SingleSidedElement<Sequences::VideoElement>("CLIP", 1, 2, 10, 30)));
-  EXPECT_EQ((std::array<std::int64_t, 4>{0, 0, 5, 10}),
-            numbers(SingleSidedElement<Sequences::AudioElement>("CLIP", 1, 2, 10, 30)));
-}
+  both.transitionType = VideoTransition::kCentredOnCut;
+  both.videoTransitionDuration = 25;
+  both.audioTransitionType = AudioTransition::kCentredOnCut;
+  both.audioTransitionDuration = 31;
+  TaggedAudioVideoElement tagged;
+  static_cast<Sequences::AudioVideoElement&>(tagged) = both;
+  ReportingElement<Sequences::AudioVideoElement> claimingVideo(Sequences::Element::Video);
+  static_cast<Sequences::AudioVideoElement&>(claimingVideo) = both;
+  ReportingElement<Sequences::Element> bareClaimingBoth(Sequences::Element::AudioVideo);
+  Sequences::Element bare;  // of no handled kind; its boundary kinds are never read
+  bare.umId = bareClaimingBoth.umId = both.umId;
+  bareClaimingBoth.transitionType = VideoTransition::kCentredOnCut;
+  const auto video = SingleSidedElement<Sequences::VideoElement>("CLIP", 1, 2, 10, 30);
+  const auto audio = SingleSidedElement<Sequences::AudioElement>("CLIP", 1, 2, 10, 30);
 
-TEST(TimeConverter, EveryElementNeedsItsAssetWhateverItsKind) {
-  Sequences::Element unhandled;  // a bare element is of no handled kind
-  unhandled.umId = Data::Clips::UmId("CLIP");
-  unhandled.inBoundaryKind = 0;  // never read for such an element
-  const auto bounds = TimeConverter::ToMediaBounds(unhandled, InfoWith({ThousandFrameAsset()}));
-  EXPECT_EQ(AssetIdOf("CLIP"), bounds.mediaId);
-  EXPECT_EQ(0, bounds.videoIn + bounds.videoDuration + bounds.audioIn + bounds.audioDuration);
-
-  ExpectThrowExactly<std::runtime_error>(
-      [&] { TimeConverter::ToMediaBounds(unhandled, InfoWith({})); }, kNotFound);
+  struct ClassCase {
+    const char* name;
+    const Sequences::Element& element;
+    const char* bounds;
+    std::int64_t videoOffset, audioDuration;
+  };
+  const auto info = InfoWith({ThousandFrameAsset()});
+  for (const ClassCase& c :
+       {ClassCase{"audio-video", both, "5+50 10+20", 6, 15},
+        {"video", video, "5+10 0+0", 0, 0},
+        {"audio", audio, "0+0 5+10", 0, 0},
+        {"subclass of the audio-video record", tagged, "5+50 10+20", 6, 15},
+        {"bare element", bare, "0+0 0+0", 0, 0},
+        {"bare element claiming audio-video", bareClaimingBoth, "0+0 0+0", 0, 0},
+        {"audio-video record claiming video", claimingVideo, "0+0 0+0", 0, 0}}) {
+    SCOPED_TRACE(c.name);
+    const auto bounds = TimeConverter::ToMediaBounds(c.element, info);
+    EXPECT_EQ(AssetIdOf("CLIP"), bounds.mediaId);
+    EXPECT_EQ(c.bounds, BoundsText(bounds));
+    EXPECT_EQ(c.videoOffset, TimeConverter::ToVideoTransitionBounds(c.element).offset);
+    EXPECT_EQ(c.audioDuration, TimeConverter::ToAudioTransitionBounds(c.element).duration);
+    // The asset is looked up before the kind is examined.
+    ExpectRefused([&] { TimeConverter::ToMediaBounds(c.element, InfoWith({})); },
+                  kTrackAssetMissing);
+  }
   const Conversion::ExternalSequenceInfo withoutMap{"T", kRate50, nullptr};
-  ExpectThrowExactly<std::runtime_error>(
-      [&] { TimeConverter::ToMediaBounds(AvElement("CLIP", 1, 2, 0, 0), withoutMap); }, kNotFound);
+  ExpectRefused([&] { TimeConverter::ToMediaBounds(both, withoutMap); }, kTrackAssetMissing);
 }
 
 TEST(TimeConverter, BoundaryArithmeticWrapsOnOverflow) {
   constexpr std::int64_t kMin = std::numeric_limits<std::int64_t>::min();
-  constexpr std::int64_t kMax = std::numeric_limits<std::int64_t>::max();
-  const auto info = InfoWith({ThousandFrameAsset()});
-  // OUT position kMax/2, IN = OUT - kMin/2: leaves the range and wraps.
-  const auto bounds = TimeConverter::ToMediaBounds(AvElement("CLIP", 3, 2, kMin, kMax), info);
-  const auto expectedIn = static_cast<std::int64_t>(static_cast<std::uint64_t>(kMax / 2) -
-                                                    static_cast<std::uint64_t>(kMin / 2));
-  EXPECT_EQ(expectedIn, bounds.videoIn);
-  EXPECT_EQ(static_cast<std::int64_t>(static_cast<std::uint64_t>(kMax / 2) -
-                                      static_cast<std::uint64_t>(expectedIn)),
-            bounds.videoDuration);
+  // OUT = 1000 + 2^62; IN = OUT + 2^62 passes the largest value and wraps.
+  const auto bounds = TimeConverter::ToMediaBounds(
+      AvElement("CLIP", OtherBoundary, SameLimit, kMin, kMin), InfoWith({ThousandFrameAsset()}));
+  EXPECT_EQ(kMin + 1000, bounds.videoIn);
+  EXPECT_EQ(kMin / 2, bounds.videoDuration);
 }
 
-Kov::TimelineEngineModel::TransitionEffect VideoEffect(std::int32_t kind, std::int32_t fields) {
-  auto element = AvElement("CLIP", 1, 2, 0, 0);
-  element.transitionType = kind;
-  element.videoTransitionDuration = fields;
-  return TimeConverter::ToVideoTransitionBounds(element);
+// "kind: effect kind offset/duration" for kinds -1 to the first above the
+// table, at a duration of 25 fields (12 frames).
+std::vector<std::string> Effects(bool video, std::int32_t last, std::int32_t fields = 25) {
+  std::vector<std::string> effects;
+  for (std::int32_t kind = -1; kind <= last + 1; ++kind) {
+    auto element = AvElement("CLIP", SameLimit, OppositeLimit, 0, 0);
+    (video ? element.transitionType : element.audioTransitionType) = kind;
+    element.videoTransitionDuration = element.audioTransitionDuration = fields;
+    const auto effect = video ? TimeConverter::ToVideoTransitionBounds(element)
+                              : TimeConverter::ToAudioTransitionBounds(element);
+    effects.push_back(std::to_string(kind) + ": " + std::to_string(effect.kind) + " " +
+                      std::to_string(effect.offset) + "/" + std::to_string(effect.duration) +
+                      effect.name);
+  }
+  return effects;
 }
 
-Kov::TimelineEngineModel::TransitionEffect AudioEffect(std::int32_t kind, std::int32_t fields) {
-  auto element = AvElement("CLIP", 1, 2, 0, 0);
-  element.audioTransitionType = kind;
-  element.audioTransitionDuration = fields;
-  return TimeConverter::ToAudioTransitionBounds(element);
-}
-
-// {effect kind, offset, duration} for a duration of 25 fields (12 frames).
-using Effect = std::array<std::int64_t, 3>;
-Effect Of(const Kov::TimelineEngineModel::TransitionEffect& effect) {
-  EXPECT_TRUE(effect.name.empty());
-  return {effect.kind, effect.offset, effect.duration};
-}
-
+// Kinds 2 to 11 overlap; 12 to 20 end at the cut, start at it, are centred on it.
 TEST(TimeConverter, VideoTransitionTable) {
-  const Effect expected[] = {
-      {0, 0, 0},                                                                    // 0
-      {1, 0, 0},                                                                    // 1
-      {2, 12, 12}, {2, 12, 12}, {2, 12, 12}, {2, 12, 12}, {2, 12, 12},              // 2-6
-      {2, 12, 12}, {2, 12, 12}, {2, 12, 12}, {2, 12, 12}, {2, 12, 12},              // 7-11
-      {1, 12, 12}, {1, 0, 12},  {1, 6, 12},  {1, 12, 12}, {1, 0, 12},  {1, 6, 12},  // 12-17
-      {1, 12, 12}, {1, 0, 12},  {1, 6, 12},                                         // 18-20
-  };
-  for (std::int32_t kind = 0; kind <= 20; ++kind) {
-    EXPECT_EQ(expected[kind], Of(VideoEffect(kind, 25))) << "kind " << kind;
-  }
-  for (const std::int32_t unknown : {-1, 21, std::numeric_limits<std::int32_t>::min()}) {
-    EXPECT_EQ((Effect{0, 0, 0}), Of(VideoEffect(unknown, 25)));
-  }
-  EXPECT_EQ((Effect{1, -6, -12}), Of(VideoEffect(17, -25)));  // negative durations truncate too
+  EXPECT_EQ(
+      (std::vector<std::string>{
+          "-1: 0 0/0",   "0: 0 0/0",    "1: 1 0/0",   "2: 2 12/12", "3: 2 12/12",  "4: 2 12/12",
+          "5: 2 12/12",  "6: 2 12/12",  "7: 2 12/12", "8: 2 12/12", "9: 2 12/12",  "10: 2 12/12",
+          "11: 2 12/12", "12: 1 12/12", "13: 1 0/12", "14: 1 6/12", "15: 1 12/12", "16: 1 0/12",
+          "17: 1 6/12",  "18: 1 12/12", "19: 1 0/12", "20: 1 6/12", "21: 0 0/0"}),
+      Effects(true, 20));
+  EXPECT_EQ("17: 1 -6/-12", Effects(true, 20, -25)[18]);  // negative durations truncate too
 }
 
+// Kinds 1 and 4 have fixed lengths; 3 to 5 overlap; 6 to 8 align as 12 to 14.
 TEST(TimeConverter, AudioTransitionTable) {
-  const Effect expected[] = {
-      {0, 0, 0},  {1, 1, 2},   {1, 0, 0},  {2, 12, 12}, {2, 0, 1},
-      {2, 0, 12}, {1, 12, 12}, {1, 0, 12}, {1, 6, 12},
-  };
-  for (std::int32_t kind = 0; kind <= 8; ++kind) {
-    EXPECT_EQ(expected[kind], Of(AudioEffect(kind, 25))) << "kind " << kind;
-  }
-  EXPECT_EQ((Effect{0, 0, 0}), Of(AudioEffect(9, 25)));
-  EXPECT_EQ((Effect{1, 1, 2}), Of(AudioEffect(1, 1000)));  // fixed lengths
-}
-
-TEST(TimeConverter, TransitionsOfTheOtherSideAreEmpty) {
-  Sequences::AudioElement audio;
-  audio.transitionType = 3;
-  audio.transitionDuration = 40;
-  EXPECT_EQ((Effect{0, 0, 0}), Of(TimeConverter::ToVideoTransitionBounds(audio)));
-  EXPECT_EQ((Effect{2, 20, 20}), Of(TimeConverter::ToAudioTransitionBounds(audio)));
-
-  Sequences::VideoElement video;
-  video.transitionType = 3;
-  video.transitionDuration = 40;
-  EXPECT_EQ((Effect{0, 0, 0}), Of(TimeConverter::ToAudioTransitionBounds(video)));
-  EXPECT_EQ((Effect{2, 20, 20}), Of(TimeConverter::ToVideoTransitionBounds(video)));
+  const std::vector<std::string> expected = {"-1: 0 0/0",  "0: 0 0/0",  "1: 1 1/2",  "2: 1 0/0",
+                                             "3: 2 12/12", "4: 2 0/1",  "5: 2 0/12", "6: 1 12/12",
+                                             "7: 1 0/12",  "8: 1 6/12", "9: 0 0/0"};
+  EXPECT_EQ(expected, Effects(false, 8));
+  EXPECT_EQ("1: 1 1/2", Effects(false, 8, 1000)[2]);
 }
 
 }  // namespace

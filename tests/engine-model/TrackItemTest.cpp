@@ -1,60 +1,94 @@
 // Equality of the track item family: the left operand's class decides what is
-// compared, identifier and type first, then every field of the class.
-#include "engine-model/TrackItem.h"
-
+// compared, identifier and type first, then every field of the class, each
+// field on its own.
 #include <gtest/gtest.h>
 
-#include "engine-model/FxTransitionItem.h"
-#include "engine-model/MediaSummaryItem.h"
+#include <functional>
+
+#include "support/PlaylistBuilders.h"
 
 namespace {
 
 namespace Engine = Kov::TimelineEngineModel;
+using Kov::BusinessEntityModel::BaseTypes::Identifier;
 
-TEST(TrackItem, NewItemsCarryTheirTypeAndZeroedFields) {
+template <typename Item>
+struct FieldCase {
+  const char* name;
+  std::function<void(Item&)> change;
+};
+
+TEST(TrackItem, NewItemsCarryTheirType) {
   EXPECT_EQ(Engine::MediaSummary, Engine::MediaSummaryItem().GetType());
   EXPECT_EQ(Engine::FxAudioTransition, Engine::FxAudioTransitionItem().GetType());
   EXPECT_EQ(Engine::FxVideoTransition, Engine::FxVideoTransitionItem().GetType());
-  EXPECT_EQ(Engine::MediaSummaryItem("a"), Engine::MediaSummaryItem("a"));
   Engine::TrackItem item("a", Engine::MediaSummary);
   item.Id("b");
   EXPECT_EQ("b", item.Id().Text());
 }
 
-TEST(TrackItem, MediaSummaryItemsCompareEveryField) {
-  Engine::MediaSummaryItem base("item");
-  base.mediaId = "asset";
-  base.timelineVideoDuration = 10;
-  const auto differsIn = [&](auto field, auto value) {
-    Engine::MediaSummaryItem changed = base;
-    changed.*field = value;
-    return changed != base && base != changed;
+TEST(TrackItem, MediaSummaryItemsDifferInEachField) {
+  using Item = Engine::MediaSummaryItem;
+  const FieldCase<Item> cases[] = {
+      {"id", [](Item& i) { i.Id("other"); }},
+      {"timelineVideoIn", [](Item& i) { i.timelineVideoIn = 1; }},
+      {"timelineVideoDuration", [](Item& i) { i.timelineVideoDuration = 1; }},
+      {"timelineAudioIn", [](Item& i) { i.timelineAudioIn = 1; }},
+      {"timelineAudioDuration", [](Item& i) { i.timelineAudioDuration = 1; }},
+      {"mediaId", [](Item& i) { i.mediaId = "other"; }},
+      {"mediaVideoIn", [](Item& i) { i.mediaVideoIn = 1; }},
+      {"mediaVideoDuration", [](Item& i) { i.mediaVideoDuration = 1; }},
+      {"mediaAudioIn", [](Item& i) { i.mediaAudioIn = 1; }},
+      {"mediaAudioDuration", [](Item& i) { i.mediaAudioDuration = 1; }},
+      {"reservedA", [](Item& i) { i.reservedA = 1; }},
+      {"reservedB", [](Item& i) { i.reservedB = 1; }},
   };
-  EXPECT_TRUE(differsIn(&Engine::MediaSummaryItem::timelineVideoIn, 1));
-  EXPECT_TRUE(differsIn(&Engine::MediaSummaryItem::timelineAudioDuration, 1));
-  EXPECT_TRUE(differsIn(&Engine::MediaSummaryItem::mediaId, "other"));
-  EXPECT_TRUE(differsIn(&Engine::MediaSummaryItem::mediaAudioIn, 1));
-  EXPECT_TRUE(differsIn(&Engine::MediaSummaryItem::reservedA, 1));
-  EXPECT_TRUE(differsIn(&Engine::MediaSummaryItem::reservedB, 1));
-  Engine::MediaSummaryItem renamed = base;
-  renamed.Id("other");
-  EXPECT_NE(base, renamed);
+  const Item base("item");
+  EXPECT_EQ(base, Item("item"));
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    Item changed = base;
+    c.change(changed);
+    EXPECT_NE(base, changed);
+    EXPECT_NE(changed, base);
+  }
 }
 
-TEST(TrackItem, TransitionItemsCompareTypeAndEffect) {
-  Engine::TransitionEffect effect{2, 5, 10, ""};
-  Engine::FxVideoTransitionItem video("t");
+// An item that answers another identifier than the one it holds.
+struct RenamedItem : Engine::MediaSummaryItem {
+  using MediaSummaryItem::MediaSummaryItem;
+  const Identifier& Id() const override { return alias; }
+  Identifier alias = "alias";
+};
+
+TEST(TrackItem, MediaSummaryItemsCompareTheIdentifierTheOtherAnswers) {
+  EXPECT_NE(Engine::MediaSummaryItem("item"), RenamedItem("item"));
+}
+
+TEST(TrackItem, TransitionItemsDifferInTypeAndEachEffectField) {
+  using Item = Engine::FxVideoTransitionItem;
+  const FieldCase<Item> cases[] = {
+      {"id", [](Item& i) { i.Id("other"); }},
+      {"kind", [](Item& i) { i.effect.kind = 1; }},
+      {"offset", [](Item& i) { i.effect.offset = 6; }},
+      {"duration", [](Item& i) { i.effect.duration = 11; }},
+      {"name", [](Item& i) { i.effect.name = "named"; }},
+  };
+  Item base("t");
+  base.FxTransition({2, 5, 10, ""});
+  Item same("t");
+  same.FxTransition(base.FxTransition());
+  EXPECT_EQ(base, same);
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    Item changed = base;
+    c.change(changed);
+    EXPECT_NE(base, changed);
+  }
   Engine::FxAudioTransitionItem audio("t");
-  video.FxTransition(effect);
-  audio.FxTransition(effect);
-  EXPECT_NE(video, audio);  // types 3 and 2
-  Engine::FxVideoTransitionItem same("t");
-  same.FxTransition(effect);
-  EXPECT_EQ(video, same);
-  effect.name = "named";
-  same.FxTransition(effect);
-  EXPECT_NE(video, same);
-  EXPECT_EQ("named", same.FxTransition().name);
+  audio.FxTransition(base.FxTransition());
+  EXPECT_NE(base, audio);  // types 3 and 2
+  EXPECT_NE(audio, base);
 }
 
 TEST(TrackItem, ItemsOfDifferentClassesAreNeverEqual) {

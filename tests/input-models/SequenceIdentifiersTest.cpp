@@ -1,42 +1,65 @@
-// GUID families and the clip id: canonical text, one GUID per input within a
-// family, no text shared between families, and the limits of the id record.
-#include "input-models/SequenceIdentifiers.h"
-
+// GUID families and the clip id: the text form and how it fits a buffer of any
+// size, one GUID per input within a family, no text shared between families,
+// and the limits of the id record.
 #include <gtest/gtest.h>
 
 #include <regex>
 #include <set>
-#include <stdexcept>
 #include <string>
+#include <vector>
 
 #include "support/PlaylistBuilders.h"
+#include "support/Refusals.h"
 
 namespace {
 
-namespace Data = Kov::Replivo::Data;
+using namespace testing_support;
 using Data::Servers::ServerId;
 using ElementGuid = Data::Sequences::Elements::Guid;
 
-std::string Text(const Data::Guid& guid) {
-  char buffer[37];
-  return guid.ToString(buffer, sizeof buffer);
-}
-
 TEST(SequenceIdentifiers, GuidTextIsCanonicalLowerCase) {
+  // Number and server id in big-endian words after the family tag; every hex digit occurs.
+  EXPECT_EQ("e1e00003-abcd-ef01-2345-678900000000",
+            GuidText(ElementGuid(0xabcdef01, ServerId(0x23456789))));
   const std::regex canonical("[0-9a-f]{8}-[0-9a-f]{4}-[0-9a-f]{4}-[0-9a-f]{4}-[0-9a-f]{12}");
   for (const std::string& text :
-       {Text(Data::Clips::Guid("CLIP\xff\x80zZ")), Text(Data::Sequences::Guid("")),
-        Text(ElementGuid(0xffffffffu, ServerId(0xffffffffu))),
-        Text(ElementGuid(1, ServerId(2), static_cast<ElementGuid::Category>(0xffffffffu)))}) {
+       {GuidText(Data::Clips::Guid("CLIP\xff\x80zZ")), GuidText(Data::Sequences::Guid("")),
+        GuidText(ElementGuid(1, ServerId(2), static_cast<ElementGuid::Category>(0xffffffffu)))}) {
     EXPECT_TRUE(std::regex_match(text, canonical)) << text;
   }
+}
+
+TEST(SequenceIdentifiers, GuidTextIsCutToTheBufferAndNothingIsWrittenPastIt) {
+  const ElementGuid guid(0xabcdef01, ServerId(0x23456789));
+  const std::string full = GuidText(guid);
+  struct SizeCase {
+    const char* name;
+    unsigned size;
+  };
+  for (const SizeCase c : {SizeCase{"room for the NUL only", 1},
+                           {"one character", 2},
+                           {"first group", 9},
+                           {"first group and dash", 10},
+                           {"one character short", 36},
+                           {"exact", 37},
+                           {"larger", 64}}) {
+    SCOPED_TRACE(c.name);
+    std::vector<char> buffer(65, 'x');
+    EXPECT_EQ(buffer.data(), guid.ToString(buffer.data(), c.size));
+    const std::size_t written = std::min<std::size_t>(c.size - 1, full.size());
+    EXPECT_EQ(full.substr(0, written), buffer.data());
+    EXPECT_EQ('x', buffer[written + 1]);
+  }
+  char untouched = 'x';
+  EXPECT_EQ(&untouched, guid.ToString(&untouched, 0));
+  EXPECT_EQ('x', untouched);
 }
 
 TEST(SequenceIdentifiers, GuidsAreDistinctPerInputAndAcrossFamilies) {
   std::set<std::string> texts;
   std::size_t made = 0;
   const auto add = [&](const Data::Guid& guid) {
-    texts.insert(Text(guid));
+    texts.insert(GuidText(guid));
     ++made;
   };
   // Texts that differ only in length, trailing characters or high bytes.
@@ -54,24 +77,18 @@ TEST(SequenceIdentifiers, GuidsAreDistinctPerInputAndAcrossFamilies) {
     }
   }
   EXPECT_EQ(made, texts.size());
-  // The same input gives the same GUID.
-  EXPECT_EQ(Text(Data::Clips::Guid("CLIP01")), Text(Data::Clips::Guid("CLIP01")));
+  EXPECT_EQ(GuidText(Data::Clips::Guid("CLIP01")), GuidText(Data::Clips::Guid("CLIP01")));
 }
 
 TEST(SequenceIdentifiers, UmIdHoldsElevenCharactersAndComparesByText) {
   EXPECT_STREQ("ABCDEFGHIJK", Data::Clips::UmId("ABCDEFGHIJK").GetUmId());
-  testing_support::ExpectThrowExactly<std::invalid_argument>(
-      [] { Data::Clips::UmId("ABCDEFGHIJKL"); }, "UmId: the text has more than 11 characters");
+  ExpectRefused([] { Data::Clips::UmId("ABCDEFGHIJKL"); }, kUmIdTooLong);
   EXPECT_EQ(Data::Clips::UmId::Empty(), Data::Clips::UmId(nullptr));
   EXPECT_EQ(Data::Clips::UmId::Empty(), Data::Clips::UmId(""));
   EXPECT_NE(Data::Clips::UmId("A"), Data::Clips::UmId("AB"));
   // Texts that no UmId can hold are refused by the GUID families.
-  testing_support::ExpectThrowExactly<std::invalid_argument>(
-      [] { Data::Clips::Guid(std::string("A\0B", 3)); },
-      "Guid: an id text has at most 11 characters and no NUL");
-  testing_support::ExpectThrowExactly<std::invalid_argument>(
-      [] { Data::Sequences::Guid("ABCDEFGHIJKL"); },
-      "Guid: an id text has at most 11 characters and no NUL");
+  ExpectRefused([] { Data::Clips::Guid(std::string("A\0B", 3)); }, kGuidTextInvalid);
+  ExpectRefused([] { Data::Sequences::Guid("ABCDEFGHIJKL"); }, kGuidTextInvalid);
 }
 
 }  // namespace

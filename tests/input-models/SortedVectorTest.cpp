@@ -1,77 +1,63 @@
 // The sorted containers of the asset model: insertion at the lower bound with
-// one equality test there, the refusal of duplicates, and the comparators of
-// ranges, keyed references and track layouts.
-#include "input-models/SortedVector.h"
-
+// one equality test there, the refusal of duplicates, and what each comparator
+// counts as the same item (every flag, second id and layout entry).
 #include <gtest/gtest.h>
 
-#include <stdexcept>
 #include <string>
 #include <vector>
 
-#include "input-models/MediaAsset.h"
 #include "support/PlaylistBuilders.h"
+#include "support/Refusals.h"
 
 namespace {
 
-namespace Assets = Kov::DataModel::MediaAssets;
+using namespace testing_support;
 using Kov::BusinessEntityModel::BaseTypes::SharedReference;
 using Kov::BusinessEntityModel::BaseTypes::SortedVector;
 using Kov::BusinessEntityModel::BaseTypes::SortedVectorSharedPointer;
 using Kov::TimePoints::TimeBounds;
-using testing_support::ExpectThrowExactly;
 
-constexpr const char* kDuplicate =
-    "Kov::DataModel::MediaAssets::SortedVector::Insert: item already present in the collection";
-
-TimeBounds Range(std::int64_t start, std::int64_t end, std::uint8_t endFlag = 0) {
-  return {{start, 0}, {end, endFlag}};
+TimeBounds Range(std::int64_t start, std::int64_t end, std::uint8_t endFlag = 0,
+                 std::uint8_t startFlag = 0) {
+  return {{start, startFlag}, {end, endFlag}};
 }
 
 std::vector<std::string> Values(const Assets::TimeBoundsArray& ranges) {
   std::vector<std::string> values;
   for (const TimeBounds& range : ranges) {
     values.push_back(std::to_string(range.start.value) + ":" + std::to_string(range.end.value) +
-                     "/" + std::to_string(range.end.boundaryFlag));
+                     "/" + std::to_string(range.start.boundaryFlag) +
+                     std::to_string(range.end.boundaryFlag));
   }
   return values;
 }
 
 TEST(SortedVector, RangesOrderByStartThenEndAndIgnoreFlags) {
   const Assets::TimeBoundsCompareLess less;
-  const Assets::TimeBoundsCompareEqual equal;
   EXPECT_TRUE(less(Range(5, 9), Range(5, 10)));
   EXPECT_TRUE(less(Range(5, 10), Range(6, 0)));
   EXPECT_FALSE(less(Range(6, 0), Range(5, 10)));
-  // Same values, other flag: neither less nor greater, and still not equal.
   EXPECT_FALSE(less(Range(5, 9, 1), Range(5, 9)));
-  EXPECT_FALSE(less(Range(5, 9), Range(5, 9, 1)));
-  EXPECT_FALSE(equal(Range(5, 9, 1), Range(5, 9)));
-  EXPECT_TRUE(equal(Range(5, 9, 1), Range(5, 9, 1)));
+  EXPECT_FALSE(less(Range(5, 9), Range(5, 9, 0, 1)));
 }
 
-TEST(SortedVector, InsertsAtTheLowerBound) {
+TEST(SortedVector, InsertsAtTheLowerBoundAndTestsEqualityOnlyThere) {
   Assets::TimeBoundsArray ranges;
   ranges.Insert(Range(5, 10));  // into an empty container
   ranges.Insert(Range(6, 0));   // at the end
   ranges.Insert(Range(5, 9));   // before both
-  EXPECT_EQ((std::vector<std::string>{"5:9/0", "5:10/0", "6:0/0"}), Values(ranges));
-
-  // A tie that is not equal goes before the held range.
+  EXPECT_EQ((std::vector<std::string>{"5:9/00", "5:10/00", "6:0/00"}), Values(ranges));
+  // A tie that differs only in one flag is another item and goes before the held one.
   ranges.Insert(Range(5, 9, 1));
-  EXPECT_EQ((std::vector<std::string>{"5:9/1", "5:9/0", "5:10/0", "6:0/0"}), Values(ranges));
-}
-
-TEST(SortedVector, TestsEqualityOnlyAtTheLowerBound) {
-  Assets::TimeBoundsArray ranges;
+  ranges.Insert(Range(5, 9, 0, 1));
+  EXPECT_EQ((std::vector<std::string>{"5:9/10", "5:9/01", "5:9/00", "5:10/00", "6:0/00"}),
+            Values(ranges));
+  // Equal to a tied range that is not at the lower bound: inserted again.
   ranges.Insert(Range(5, 9));
-  ranges.Insert(Range(5, 9, 1));  // now first: [5:9/1, 5:9/0]
-  // Equal to the second tied range, not to the one at the lower bound: inserted again.
-  ranges.Insert(Range(5, 9));
-  EXPECT_EQ((std::vector<std::string>{"5:9/0", "5:9/1", "5:9/0"}), Values(ranges));
+  EXPECT_EQ(6u, ranges.size());
   // Equal to the range at the lower bound: refused, container unchanged.
-  ExpectThrowExactly<std::runtime_error>([&] { ranges.Insert(Range(5, 9)); }, kDuplicate);
-  EXPECT_EQ(3u, ranges.size());
+  ExpectRefused([&] { ranges.Insert(Range(5, 9)); }, kDuplicateItem);
+  EXPECT_EQ(6u, ranges.size());
 }
 
 TEST(SortedVector, KeyedReferencesSortByKeyText) {
@@ -83,14 +69,26 @@ TEST(SortedVector, KeyedReferencesSortByKeyText) {
   EXPECT_EQ("a", resources[0].Key().Text());
   EXPECT_EQ("ab", resources[1].Key().Text());
   EXPECT_EQ("b", resources[2].Key().Text());
-  ExpectThrowExactly<std::runtime_error>(
-      [&] { resources.Insert(SharedReference<Assets::MediaResource>(nullptr, "a")); }, kDuplicate);
+  ExpectRefused([&] { resources.Insert(SharedReference<Assets::MediaResource>(nullptr, "a")); },
+                kDuplicateItem);
   // Reaching through a reference without an object throws instead of crashing.
-  ExpectThrowExactly<std::runtime_error>([&] { (void)resources.front()->trackLayouts; },
-                                         "null pointer");
+  ExpectRefused([&] { (void)resources.front()->trackLayouts; }, kNullPointer);
 }
 
-TEST(SortedVector, TrackLayoutsAreEqualByIdsAndEntries) {
+TEST(SortedVector, TracksWithTheSameIdAndAnotherSecondIdAreBothKept) {
+  SortedVectorSharedPointer<Assets::Track> tracks;
+  tracks.Insert(std::make_shared<Assets::Track>(Assets::Track{"t", "first", 0}));
+  tracks.Insert(std::make_shared<Assets::Track>(Assets::Track{"t", "second", 0}));
+  EXPECT_EQ(2u, tracks.size());
+  ExpectRefused(
+      [&] {
+        tracks.Insert(std::make_shared<Assets::Track>(Assets::Track{"t", "second", 2}));
+      },
+      kDuplicateItem);
+  ExpectRefused([&] { tracks.Insert(nullptr); }, kNullPointer);
+}
+
+TEST(SortedVector, TrackLayoutsDifferInIdsAndInEveryPartOfTheirEntries) {
   auto track = std::make_shared<Assets::Track>(Assets::Track{"t", "", 0});
   auto other = std::make_shared<Assets::Track>(Assets::Track{"t", "", 0});
   const auto layout = [](const char* secondId, std::vector<Assets::TrackLayoutEntry> entries) {
@@ -100,36 +98,39 @@ TEST(SortedVector, TrackLayoutsAreEqualByIdsAndEntries) {
     made->entries = std::move(entries);
     return made;
   };
-
   SortedVectorSharedPointer<Assets::TrackLayout> layouts;
+  // Each new layout ties with the held ones and goes first, so each is tested
+  // against the one inserted just before it.
   layouts.Insert(layout("x", {{"e", "", track}}));
-  // Other second id, other entry count, other track object: all distinct.
-  layouts.Insert(layout("y", {{"e", "", track}}));
-  layouts.Insert(layout("x", {}));
-  layouts.Insert(layout("x", {{"e", "", other}}));
-  EXPECT_EQ(4u, layouts.size());
-  // The lower bound is the first "L" inserted last; the same layout as it is refused.
-  ExpectThrowExactly<std::runtime_error>(
+  layouts.Insert(layout("y", {{"e", "", track}}));                      // layout second id
+  layouts.Insert(layout("y", {{"e", "s", track}}));                     // entry second id
+  layouts.Insert(layout("y", {{"f", "s", track}}));                     // entry id
+  layouts.Insert(layout("y", {{"f", "s", other}}));                     // entry track
+  layouts.Insert(layout("y", {{"f", "s", other}, {"f", "s", other}}));  // entry count
+  EXPECT_EQ(6u, layouts.size());
+  ExpectRefused(
       [&] {
-        layouts.Insert(layout("x", {{"e", "", other}}));
+        layouts.Insert(layout("y", {{"f", "s", other}, {"f", "s", other}}));
       },
-      kDuplicate);
-
-  std::weak_ptr<Assets::Track> expired;
-  {
-    auto gone = std::make_shared<Assets::Track>();
-    expired = gone;
-  }
-  ExpectThrowExactly<std::runtime_error>(
+      kDuplicateItem);
+  std::weak_ptr<Assets::Track> expired = std::make_shared<Assets::Track>();
+  ExpectRefused(
       [&] {
-        layouts.Insert(layout("x", {{"e", "", expired}}));
+        layouts.Insert(layout("y", {{"f", "s", expired}, {"f", "s", other}}));
       },
-      "Kov::DataModel::MediaAssets::CompareEqualWeakPointer: weak pointer object is expired");
+      kExpiredTrack);
+}
 
-  SortedVectorSharedPointer<Assets::Track> tracks;
-  tracks.Insert(track);
-  ExpectThrowExactly<std::runtime_error>([&] { tracks.Insert(other); }, kDuplicate);
-  ExpectThrowExactly<std::runtime_error>([&] { tracks.Insert(nullptr); }, "null pointer");
+TEST(SortedVector, ValueTypesCompareEveryPart) {
+  using Kov::BusinessEntityModel::BaseTypes::FullyQualifiedName;
+  EXPECT_EQ(Identifier::Empty(), Identifier(static_cast<const char*>(nullptr)));
+  EXPECT_TRUE(FullyQualifiedName("a.B") == FullyQualifiedName("a.B"));
+  EXPECT_FALSE(FullyQualifiedName("a.B") == FullyQualifiedName("a.b"));
+  EXPECT_TRUE(FullyQualifiedName("a.B") < FullyQualifiedName("a.b"));
+  EXPECT_EQ((Data::Channels::Speed{1, 2}), (Data::Channels::Speed{1, 2}));
+  EXPECT_NE((Data::Channels::Speed{1, 2}), (Data::Channels::Speed{1, 3}));
+  EXPECT_NE((Data::Channels::Speed{1, 2}), (Data::Channels::Speed{2, 2}));
+  EXPECT_EQ(Data::Channels::Speed::Empty(), Data::Channels::Speed());
 }
 
 }  // namespace

@@ -148,10 +148,10 @@ int main() {
     return ModelText::Describe(timeline);
   };
   const reliability::RepresentativeSequence sequence = reliability::MakeRepresentativeSequence();
-  // The same sequence with a wipe longer than the media after its cut: the
-  // refusal's message is built while allocations fail, too.
+  // The same sequence with a transition longer than the media before its cut:
+  // the refusal's message is built while allocations fail, too.
   reliability::RepresentativeSequence refused = reliability::MakeRepresentativeSequence();
-  refused.playlist.audioVideoTrack.elements.back().videoTransitionDuration = 2000;
+  refused.playlist.audioVideoTrack.elements[2].videoTransitionDuration = 2000;
 
   const auto convertRefused = [&] {
     return TimelineConverter::ToTimeline(refused.playlist, TimelineConverter::FromPlaylist,
@@ -160,7 +160,7 @@ int main() {
   std::string refusal;
   Run(convertRefused, describeTimeline, 0, refusal);
   if (refusal.rfind(std::string("refused ") + typeid(std::logic_error).name(), 0) != 0) {
-    Fails("ToTimeline refused", 0, "the long wipe is not refused: " + refusal);
+    Fails("ToTimeline refused", 0, "the long transition is not refused: " + refusal);
     return EXIT_FAILURE;
   }
 
