@@ -1,12 +1,16 @@
 // A realistic highlight sequence built in code: four clips with cuts, an
 // overlapping video dissolve, an audio crossfade, a slow-motion replay and a
-// commentary aux clip. Lists the assets the sequence needs, fills the asset map,
+// commentary aux clip. It is the sequence of examples/highlight.json, assets
+// included, so that both runs of the quick start print the same timeline.
+// Fills the asset map, checks it against the assets the sequence lists,
 // converts the sequence and prints the timeline as a table.
 #include <TimelineEngineConversion/TimelineEngineConversion.h>
 
 #include <cstdio>
+#include <initializer_list>
 #include <memory>
 #include <string>
+#include <utility>
 
 namespace {
 
@@ -16,9 +20,6 @@ namespace Assets = Kov::DataModel::MediaAssets;
 namespace Engine = Kov::TimelineEngineModel;
 namespace Conversion = Kov::Replivo::Tollan::TimelineEngineConversion;
 using Kov::BusinessEntityModel::BaseTypes::SharedReference;
-
-// At 50/1 one video field lasts 100,000 ticks of 100 ns.
-constexpr std::int64_t kTicksPerField = 100000;
 
 Sequences::AudioVideoElement Element(unsigned number, int itemNumber, const char* clip,
                                      std::int64_t inField, std::int64_t outField) {
@@ -67,30 +68,63 @@ Sequences::Playlist HighlightSequence() {
   return playlist;
 }
 
-// An asset recorded in two ranges, with a picture track and two sound tracks.
-Assets::MediaAsset RecordedAsset(const Kov::BusinessEntityModel::BaseTypes::Identifier& id,
-                                 std::int64_t firstRangeFields) {
+// Ticks of 100 ns from a count of seconds.
+constexpr std::int64_t Seconds(std::int64_t seconds) {
+  return seconds * 10000000;
+}
+
+// An asset as examples/highlight.json gives it: recorded ranges in seconds, the
+// marked range, the operator's video rate (0 for none) and the kinds of the
+// tracks of its one layout (2 picture, 0 sound), in layout order.
+Assets::MediaAsset RecordedAsset(const char* clip,
+                                 std::initializer_list<std::pair<int, int>> rangesInSeconds,
+                                 Kov::TimePoints::TimeBounds marked, std::int64_t operatorRate,
+                                 std::initializer_list<std::int32_t> trackKinds) {
   Assets::MediaAsset asset;
-  asset.id = id;
-  asset.assetKind = 0;
-  asset.timeBounds.Insert({{0, 0}, {firstRangeFields * kTicksPerField, 0}});
-  asset.timeBounds.Insert({{5000 * kTicksPerField, 0}, {5600 * kTicksPerField, 0}});
-  asset.shortBounds = {{100 * kTicksPerField, 0}, {900 * kTicksPerField, 0}};
-
-  auto profile = std::make_shared<Assets::KytOperatorMetadataProfile>();
-  profile->videoRate = 50;
-  asset.metadataProfiles[Assets::KytOperatorMetadataProfile::StaticFullyQualifiedName()] = profile;
-
-  static const auto picture = std::make_shared<Assets::Track>(Assets::Track{"video-1", "", 2});
-  static const auto sound1 = std::make_shared<Assets::Track>(Assets::Track{"audio-1", "", 0});
-  static const auto sound2 = std::make_shared<Assets::Track>(Assets::Track{"audio-2", "", 0});
+  char buffer[Data::Guid::kTextLength + 1];
+  asset.id = Data::Clips::Guid(clip).ToString(buffer, sizeof buffer);
+  for (const auto& range : rangesInSeconds) {
+    asset.timeBounds.Insert({{Seconds(range.first), 0}, {Seconds(range.second), 0}});
+  }
+  asset.shortBounds = marked;
+  if (operatorRate != 0) {
+    auto profile = std::make_shared<Assets::KytOperatorMetadataProfile>();
+    profile->videoRate = operatorRate;
+    asset.metadataProfiles[Assets::KytOperatorMetadataProfile::StaticFullyQualifiedName()] =
+        profile;
+  }
+  auto resource = std::make_shared<Assets::MediaResource>();
   auto layout = std::make_shared<Assets::TrackLayout>();
   layout->id = "layout-1";
-  layout->tracks = {sound1.get(), picture.get(), sound2.get()};
-  auto resource = std::make_shared<Assets::MediaResource>();
+  int trackNumber = 0;
+  for (const std::int32_t kind : trackKinds) {
+    // The resource owns its tracks; the layout only points at them.
+    auto track = std::make_shared<Assets::Track>(
+        Assets::Track{"track-" + std::to_string(++trackNumber), "", kind});
+    layout->tracks.push_back(track.get());
+    resource->tracks.Insert(track);
+  }
   resource->trackLayouts.Insert(SharedReference<Assets::TrackLayout>(layout, layout->id));
   asset.resources.Insert(SharedReference<Assets::MediaResource>(resource, "resource-1"));
   return asset;
+}
+
+// The four assets of examples/highlight.json, with the same times and layouts.
+std::shared_ptr<Assets::MediaAssetMap> HighlightAssets() {
+  constexpr std::int32_t kPicture = 2;
+  constexpr std::int32_t kSound = 0;
+  const Kov::TimePoints::TimeBounds noMarkedRange{};
+  auto assets = std::make_shared<Assets::MediaAssetMap>();
+  for (auto asset :
+       {RecordedAsset("CAM-A-0031", {{0, 30}, {50, 56}}, {{Seconds(1), 0}, {Seconds(9), 0}}, 50,
+                      {kSound, kPicture, kSound}),
+        RecordedAsset("CAM-B-0032", {{0, 40}}, noMarkedRange, 50, {kPicture, kSound}),
+        RecordedAsset("CAM-SSM-001", {{0, 50}}, noMarkedRange, 50, {kPicture}),
+        RecordedAsset("COMMENT-01", {{0, 60}}, {{Seconds(2), 0}, {Seconds(22), 0}}, 0, {kSound})}) {
+    const auto id = asset.id;
+    assets->emplace(id, std::move(asset));
+  }
+  return assets;
 }
 
 void PrintTimeline(const Engine::Timeline& timeline) {
@@ -130,12 +164,12 @@ void PrintTimeline(const Engine::Timeline& timeline) {
 
 int main() {
   const Sequences::Playlist playlist = HighlightSequence();
-  auto assets = std::make_shared<Assets::MediaAssetMap>();
-  std::int64_t rangeFields = 3000;
+  const auto assets = HighlightAssets();
+  // A caller fetches what the playlist lists; here every listed asset is at hand.
   for (const auto& id : Conversion::TimelineConverter::ListAssetsFromPlaylist(playlist)) {
     if (assets->count(id) == 0) {
-      assets->emplace(id, RecordedAsset(id, rangeFields));
-      rangeFields += 1000;
+      std::fprintf(stderr, "missing asset %s\n", id.Text().c_str());
+      return 1;
     }
   }
   try {

@@ -462,9 +462,12 @@ std::string ListUsedAssets(const PlaylistDocument& document) {
 PlaylistDocument ReadPlaylistDocument(const std::string& jsonText) {
   const Json json = ParseJson(jsonText);
   const Node root(json, "");
-  root.ExpectObject({"playlist", "assets"}, {"description"});
+  root.ExpectObject({"playlist", "assets"}, {"description", "$schema"});
   if (root.Has("description")) {
     root["description"].String();  // free text for the reader, but text all the same
+  }
+  if (root.Has("$schema")) {
+    root["$schema"].String();  // names the schema for editors; the reader needs none
   }
   PlaylistDocument document;
   document.playlist = ReadPlaylist(root["playlist"]);

@@ -1,10 +1,12 @@
 // timeline-convert: runs the conversion library on a playlist kept in a JSON
 // file, so that a conversion can be reproduced, inspected and compared
 // without writing C++. Subcommands: convert (timeline as JSON), assets (the
-// asset identifiers the playlist needs) and render (an SVG or HTML picture).
+// asset identifiers the playlist needs), render (an SVG or HTML picture) and
+// check (what the library accepts but is almost certainly not meant).
 //
 // Exit status: 0 done; 1 the document, a file or the command line could not
-// be used; 2 the library refused the conversion (its message on stderr).
+// be used; 2 the library refused the conversion (its message on stderr, then
+// where it comes from); 3 check found something.
 #include <CLI/CLI.hpp>
 
 #include <cerrno>
@@ -16,7 +18,10 @@
 #include <sstream>
 #include <string>
 
+#include "Check.h"
+#include "Diagnostics.h"
 #include "PlaylistDocument.h"
+#include "RefusalLocation.h"
 #include "TimelineJson.h"
 #include "TimelineSvg.h"
 
@@ -27,13 +32,14 @@ namespace Conversion = Kov::Replivo::Tollan::TimelineEngineConversion;
 constexpr int kUnusableInput = 1;
 constexpr int kRefused = 2;
 
-enum class Command { Convert, Assets, Render };
+enum class Command { Convert, Assets, Render, Check };
 
 struct Options {
   std::string input;
   std::string output = "-";
   std::string durationMode = "items";
   bool html = false;
+  std::string errors = "text";
 };
 
 std::string InputName(const std::string& path) {
@@ -75,31 +81,39 @@ bool WriteOutput(const std::string& path, const std::string& content) {
   return true;
 }
 
-int Fail(int status, const std::string& message) {
-  std::cerr << "timeline-convert: " << message << '\n';
-  return status;
-}
-
 int Run(Command command, const Options& options) {
+  const bool jsonErrors = options.errors == "json";
+  const TimelineConvert::FailureReport report(
+      jsonErrors ? TimelineConvert::ErrorFormat::Json : TimelineConvert::ErrorFormat::Text,
+      std::cerr);
   std::string text;
   if (!ReadInput(options.input, text)) {
-    return Fail(kUnusableInput,
-                "cannot read " + InputName(options.input) + ": " + std::strerror(errno));
+    report.Io(InputName(options.input), "read", std::strerror(errno));
+    return kUnusableInput;
   }
   TimelineConvert::PlaylistDocument document;
   try {
     document = TimelineConvert::ReadPlaylistDocument(text);
   } catch (const TimelineConvert::DocumentError& error) {
-    return Fail(kUnusableInput, InputName(options.input) + ": " + error.what());
+    report.Malformed(InputName(options.input), error);
+    return kUnusableInput;
   }
+  const auto mode = options.durationMode == "playlist"
+                        ? Conversion::TimelineConverter::FromPlaylist
+                        : Conversion::TimelineConverter::FromTrackItems;
   std::string result;
+  int status = 0;
   try {
-    if (command == Command::Assets) {
+    if (command == Command::Check) {
+      const auto checked = TimelineConvert::CheckDocument(document, mode);
+      if (checked.refusal) {
+        report.Refused(InputName(options.input), *checked.refusal);
+      }
+      result = TimelineConvert::CheckListing(InputName(options.input), checked, jsonErrors);
+      status = TimelineConvert::CheckExitStatus(checked);
+    } else if (command == Command::Assets) {
       result = TimelineConvert::ListUsedAssets(document);
     } else {
-      const auto mode = options.durationMode == "playlist"
-                            ? Conversion::TimelineConverter::FromPlaylist
-                            : Conversion::TimelineConverter::FromTrackItems;
       const auto timeline =
           Conversion::TimelineConverter::ToTimeline(document.playlist, mode, document.assets);
       if (command == Command::Convert) {
@@ -113,21 +127,33 @@ int Run(Command command, const Options& options) {
       }
     }
   } catch (const std::exception& refusal) {
-    // Exactly the library's text: it is what the operator was shown.
-    std::cerr << refusal.what() << '\n';
+    // Only now, on the failure path, is the refusal's place looked for.
+    auto place = TimelineConvert::LocateRefusal(document, mode);
+    if (!place) {
+      place = TimelineConvert::RefusalPlace();
+      place->message = refusal.what();
+    }
+    report.Refused(InputName(options.input), *place);
     return kRefused;
   }
   if (!WriteOutput(options.output, result)) {
-    return Fail(kUnusableInput, "cannot write " + options.output + ": " + std::strerror(errno));
+    report.Io(options.output, "write", std::strerror(errno));
+    return kUnusableInput;
   }
-  return 0;
+  return status;
 }
 
 void AddInput(CLI::App& command, Options& options) {
   command
       .add_option("INPUT", options.input,
-                  "Playlist document (JSON, see docs/json-format.md); - reads standard input")
+                  "Playlist document (JSON, see timeline-convert(1)); - reads standard input")
       ->required();
+  command
+      .add_option("--errors", options.errors,
+                  "text: failures as sentences; json: one JSON object per failure on standard "
+                  "error")
+      ->check(CLI::IsMember({"text", "json"}))
+      ->capture_default_str();
 }
 
 void AddConversionOptions(CLI::App& command, Options& options, const char* outputHelp) {
@@ -147,7 +173,8 @@ int main(int argc, char** argv) {
   CLI::App app{
       "Converts a replay server playlist, kept as JSON, into the editing engine's "
       "timeline.\nExit status: 0 done, 1 unusable document, file or arguments, 2 the "
-      "library refused the conversion (its message is printed unchanged)."};
+      "library refused the conversion (its message is printed unchanged, then where it comes "
+      "from), 3 check found something.\nThe manual: man timeline-convert."};
   app.name("timeline-convert");
   app.require_subcommand(1);
   Options options;
@@ -170,6 +197,14 @@ int main(int argc, char** argv) {
                        "Where to write the SVG (or HTML) picture; - is standard output");
   render->add_flag("--html", options.html, "Write a self-contained HTML page around the SVG");
 
+  auto* check = app.add_subcommand(
+      "check",
+      "Convert the playlist and report what is legal but almost certainly not meant (negative "
+      "or ignored speeds, overlaps, transitions that give nothing, a 0-frame aux item, IN or OUT "
+      "outside the recorded material, unused or missing assets), one per line with its place, "
+      "then a summary. Exit status 0 nothing found, 3 findings only, 2 refused, 1 unusable");
+  AddConversionOptions(*check, options, "Where to write the findings; - is standard output");
+
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
@@ -177,6 +212,7 @@ int main(int argc, char** argv) {
   }
   const Command command = convert->parsed()  ? Command::Convert
                           : assets->parsed() ? Command::Assets
+                          : check->parsed()  ? Command::Check
                                              : Command::Render;
   return Run(command, options);
 }
