@@ -14,6 +14,8 @@ echo "== assets the playlist uses"
 "$tool" convert examples/highlight.json -o "$out/highlight.timeline.json"
 "$tool" render examples/highlight.json -o "$out/highlight.svg"
 "$tool" render --html examples/highlight.json -o "$out/highlight.html"
+echo "== check: what the library accepts but is probably not meant"
+"$tool" check examples/highlight.json
 echo "== timeline ($out/highlight.timeline.json)"
 cat "$out/highlight.timeline.json"
 echo "== picture: $out/highlight.svg, $out/highlight.html"

@@ -60,6 +60,16 @@ class Findings {
   std::vector<Finding> findings_;
 };
 
+// a + b, held at the int64 limits: the document may hold any 64-bit values.
+std::int64_t SaturatingSum(std::int64_t a, std::int64_t b) {
+  std::int64_t sum = 0;
+  if (__builtin_add_overflow(a, b, &sum)) {
+    return b > 0 ? std::numeric_limits<std::int64_t>::max()
+                 : std::numeric_limits<std::int64_t>::min();
+  }
+  return sum;
+}
+
 std::string SpeedText(const Data::Channels::Speed& speed) {
   return std::to_string(speed.numerator) + "/" + std::to_string(speed.denominator);
 }
@@ -126,7 +136,7 @@ class SideCoverage {
                              ", with no transition between them");
     }
     beforePrevious_ = all_;
-    const std::int64_t end = in + std::max<std::int64_t>(duration, 0);
+    const std::int64_t end = SaturatingSum(in, std::max<std::int64_t>(duration, 0));
     if (!all_.valid || end > all_.end) {
       all_ = Reach{true, end, index};
     }
@@ -145,7 +155,8 @@ class SideCoverage {
 
 void CheckMaterial(std::size_t index, const char* side, std::int64_t in, std::int64_t duration,
                    std::int64_t assetDuration, Findings& findings) {
-  const std::pair<const char*, std::int64_t> boundaries[] = {{"IN", in}, {"OUT", in + duration}};
+  const std::pair<const char*, std::int64_t> boundaries[] = {{"IN", in},
+                                                             {"OUT", SaturatingSum(in, duration)}};
   for (const auto& boundary : boundaries) {
     const std::string where = std::string(side) + " " + boundary.first + " at frame " +
                               std::to_string(boundary.second) + " of the asset lies ";

@@ -41,10 +41,10 @@ set(expected_libtimelineengineconversion-dev ${headers}
   "${cmake_dir}/TimelineEngineConversionTargets.cmake")
 set(expected_timeline-convert
   usr/bin/timeline-convert usr/share/man/man1/timeline-convert.1.gz
-  usr/share/bash-completion/completions/timeline-convert)
-# Beyond the lists: the per-configuration targets file and the tool's own
-# documents.
-set(also_allowed "^(${cmake_dir}/TimelineEngineConversionTargets-[a-z]+\\.cmake|usr/share/doc/timeline-convert/[^/]+)$")
+  usr/share/bash-completion/completions/timeline-convert
+  usr/share/doc/timeline-convert/json-format.md usr/share/doc/timeline-convert/playlist.schema.json)
+# Beyond the lists: the per-configuration targets file.
+set(also_allowed "^${cmake_dir}/TimelineEngineConversionTargets-[a-z]+\\.cmake$")
 
 set(problems "")
 foreach(name ${runtime} libtimelineengineconversion-dev timeline-convert)
