@@ -1,6 +1,8 @@
 // Marks the types and functions that the shared library exports. The library is
 // built with hidden visibility, so anything a caller links against must carry
-// this marker; everything else stays internal to the shared object.
+// TIMELINE_ENGINE_CONVERSION_API; everything else stays internal to the shared
+// object. TIMELINE_ENGINE_CONVERSION_LOCAL keeps a member of an exported class
+// internal when only the library itself calls it.
 #pragma once
 
 #if defined(_WIN32)
@@ -9,6 +11,8 @@
 #else
 #define TIMELINE_ENGINE_CONVERSION_API __declspec(dllimport)
 #endif
+#define TIMELINE_ENGINE_CONVERSION_LOCAL
 #else
 #define TIMELINE_ENGINE_CONVERSION_API __attribute__((visibility("default")))
+#define TIMELINE_ENGINE_CONVERSION_LOCAL __attribute__((visibility("hidden")))
 #endif

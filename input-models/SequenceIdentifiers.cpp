@@ -49,6 +49,11 @@ namespace Clips {
 
 UmId::UmId() : text_{} {}
 
+const UmId& UmId::Empty() {
+  static const UmId empty;
+  return empty;
+}
+
 UmId::UmId(const char* text) : text_{} {
   if (text == nullptr) {
     return;

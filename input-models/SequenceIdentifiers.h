@@ -54,11 +54,9 @@ class TIMELINE_ENGINE_CONVERSION_API UmId {
   bool operator==(const UmId& other) const { return text_ == other.text_; }
   bool operator!=(const UmId& other) const { return !(*this == other); }
 
-  // The shared empty id: there is no clip.
-  static const UmId& Empty() {
-    static const UmId empty;
-    return empty;
-  }
+  // The shared empty id: there is no clip. Defined in the library, so that
+  // every caller shares the one object.
+  static const UmId& Empty();
 
  private:
   std::array<char, kMaxTextLength + 1> text_;
@@ -110,7 +108,7 @@ class TIMELINE_ENGINE_CONVERSION_API Guid {
       bytes_[wordIndex * 4 + i] = static_cast<std::uint8_t>(value >> (24 - 8 * i));
     }
   }
-  void SetText(const std::string& text);
+  TIMELINE_ENGINE_CONVERSION_LOCAL void SetText(const std::string& text);
 
  private:
   std::array<std::uint8_t, 16> bytes_{};
