@@ -19,9 +19,11 @@ using Data::Clips::UmId;
 
 namespace {
 
-// Only the leading characters of the playlist's id decide whether it names a
-// timeline; an id that differs from the empty one only further on gives an
-// empty timeline id, by design.
+// A playlist names a timeline when its id differs from the empty one within
+// this many leading characters. The empty id's text is "", so every id with any
+// text differs from it at its first character: only the empty id gives the
+// empty timeline id, and the bound never decides. The comparison stays bounded
+// all the same, as the rule has it.
 constexpr std::size_t kTimelineIdPrefixLength = 8;
 
 Identifier TimelineIdentifier(const UmId& umId) {

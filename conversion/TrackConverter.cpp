@@ -2,10 +2,10 @@
 #include "TrackConverter.h"
 
 #include <limits>
-#include <stdexcept>
 #include <string>
 #include <utility>
 
+#include "Refusals.hpp"
 #include "detail/AssetLookup.h"
 #include "detail/FrameArithmetic.h"
 #include "detail/GuidText.h"
@@ -33,8 +33,6 @@ constexpr std::int32_t kOverlappingEffectKind = 2;
 // The aux track's index: -1 as unsigned, so index + 1 wraps to 0.
 constexpr unsigned kAuxTrackIndex = std::numeric_limits<unsigned>::max();
 
-constexpr const char kAuxAssetNotFound[] = "MediaAsset for aux-track not found";
-
 // A media length on the timeline at a speed. Open-ended material (-1) takes no
 // room; a speed without numerator scales every length to 0.
 std::int64_t TimelineLength(std::int64_t mediaLength, const Data::Channels::Speed& speed) {
@@ -45,52 +43,53 @@ std::int64_t TimelineLength(std::int64_t mediaLength, const Data::Channels::Spee
                                 speed.numerator);
 }
 
-// The picture or the sound side of a track, as the transition checks see it.
+// The picture or the sound side of a track, as the transition checks see it:
+// its running position and the timeline length of an item on it.
 struct Side {
-  const char* name;
+  detail::TrackSide name;
   std::int64_t CurrentSequencePlayStatus::*position;
   std::int64_t MediaSummaryItem::*timelineDuration;
 };
 
-constexpr Side kVideoSide{"video", &CurrentSequencePlayStatus::position,
+constexpr Side kVideoSide{detail::TrackSide::Video, &CurrentSequencePlayStatus::position,
                           &MediaSummaryItem::timelineVideoDuration};
-constexpr Side kAudioSide{"audio", &CurrentSequencePlayStatus::secondPosition,
+constexpr Side kAudioSide{detail::TrackSide::Audio, &CurrentSequencePlayStatus::secondPosition,
                           &MediaSummaryItem::timelineAudioDuration};
 
-// An overlapping transition pulls the next item back by its offset:
+// A transition joins the previous item to the next one. An overlapping one
+// (effect kind 2) pulls the next item back by its offset, the part before the
+// cut:
 //
 //   previous  |==========|            position before:  100
 //   next                 |======      kind 2, offset 10
 //   next after pull-back |=====       starts at 90, overlapping the previous item
 //             ..........[tttt]
 //
-// Then the part before the cut (offset) must fit the previous item; a previous
-// item with no length is never tested. The message names the element that
-// carries the transition.
-void OpenTransition(const Side& side, const TransitionEffect& effect,
-                    CurrentSequencePlayStatus& status, const MediaSummaryItem& previous,
-                    std::int32_t playlistNumber, std::int32_t itemNumber) {
+// Whatever its kind, the part before the cut must fit the previous item and
+// the part after it (duration - offset) the next one; an item with no length
+// is never tested.
+void PullBackIfOverlapping(const Side& side, const TransitionEffect& effect,
+                           CurrentSequencePlayStatus& status) {
   if (effect.kind == kOverlappingEffectKind) {
     status.*side.position = detail::WrappingSubtract(status.*side.position, effect.offset);
   }
+}
+
+void CheckBeforeCut(const Side& side, const TransitionEffect& effect,
+                    const MediaSummaryItem& previous, std::int32_t playlistNumber,
+                    std::int32_t itemNumber) {
   const std::int64_t previousLength = previous.*side.timelineDuration;
   if (previousLength > 0 && previousLength < effect.offset) {
-    throw std::logic_error("The playlist PL" + std::to_string(playlistNumber) +
-                           " cannot be edited - contains track item (" +
-                           std::to_string(itemNumber) + ") with a shorter " + side.name +
-                           " duration than their transition duration.");
+    detail::RefuseTransitionLongerThanPreviousItem(side.name, playlistNumber, itemNumber);
   }
 }
 
-// The part after the cut (duration - offset) must fit the current item.
 void CheckAfterCut(const Side& side, const TransitionEffect& effect,
                    const MediaSummaryItem& current, std::int32_t playlistNumber) {
   const std::int64_t currentLength = current.*side.timelineDuration;
   if (currentLength > 0 &&
       detail::WrappingSubtract(effect.duration, effect.offset) > currentLength) {
-    throw std::logic_error("The playlist PL" + std::to_string(playlistNumber) +
-                           " cannot be edited - it contains track items with a shorter " +
-                           side.name + " duration than their transition duration.");
+    detail::RefuseTransitionLongerThanCurrentItem(side.name, playlistNumber);
   }
 }
 
@@ -121,7 +120,10 @@ std::size_t MostItems(const TrackT& track) {
 }
 
 // One sequence track to one engine track; Kind says which transitions the
-// elements of TrackT carry (video, audio or both, video first).
+// elements of TrackT carry (video, audio or both, video first). Per element:
+// its transitions, which pull the position back and are checked against the
+// previous item; its media item; the transitions checked against that item;
+// then the items appended in the order transitions, media item.
 template <Element::Type Kind, typename TrackT>
 TimelineEngineModel::Track ToTrackCommon(const TrackT& track, unsigned index,
                                          const ExternalSequenceInfo& info) {
@@ -134,39 +136,36 @@ TimelineEngineModel::Track ToTrackCommon(const TrackT& track, unsigned index,
   if (track.elements.empty()) {
     return result;
   }
-
   result.items.reserve(MostItems<kHasVideo, kHasAudio>(track));
+  // Every refusal of the track names the playlist of its first element.
+  const std::int32_t playlistNumber = track.elements.at(0).playlistNumber;
 
   CurrentSequencePlayStatus status;
-  // The first element's transition is never read: nothing precedes it.
-  const auto& first = track.elements.at(0);
-  const std::int32_t playlistNumber = first.playlistNumber;
-  std::shared_ptr<MediaSummaryItem> firstItem =
-      TrackConverter::ToMediaSummaryItem(first, status, info);
-  // The track owns every item; the previous one is only looked at.
-  const MediaSummaryItem* previous = firstItem.get();
-  result.items.push_back(std::move(firstItem));
-
-  for (std::size_t i = 1; i < track.elements.size(); ++i) {
-    const auto& element = track.elements[i];
+  // The track owns every item; the previous media item is only looked at.
+  const MediaSummaryItem* previous = nullptr;
+  for (const auto& element : track.elements) {
+    // A transition joins an element to the one before it, so the first
+    // element's transition is never read.
     std::shared_ptr<FxTransitionItem> video;
     std::shared_ptr<FxTransitionItem> audio;
     if constexpr (kHasVideo) {
-      if (element.transitionType != 0) {
+      if (previous != nullptr && element.transitionType != 0) {
         video = TrackConverter::ToFxVideoTransitionItem(element);
-        if (video) {
-          OpenTransition(kVideoSide, video->FxTransition(), status, *previous, playlistNumber,
-                         element.itemNumber);
-        }
+      }
+      if (video) {
+        PullBackIfOverlapping(kVideoSide, video->FxTransition(), status);
+        CheckBeforeCut(kVideoSide, video->FxTransition(), *previous, playlistNumber,
+                       element.itemNumber);
       }
     }
     if constexpr (kHasAudio) {
-      if (AudioTransitionKind(element) != 0) {
+      if (previous != nullptr && AudioTransitionKind(element) != 0) {
         audio = TrackConverter::ToFxAudioTransitionItem(element);
-        if (audio) {
-          OpenTransition(kAudioSide, audio->FxTransition(), status, *previous, playlistNumber,
-                         element.itemNumber);
-        }
+      }
+      if (audio) {
+        PullBackIfOverlapping(kAudioSide, audio->FxTransition(), status);
+        CheckBeforeCut(kAudioSide, audio->FxTransition(), *previous, playlistNumber,
+                       element.itemNumber);
       }
     }
 
@@ -289,7 +288,7 @@ TimelineEngineModel::Track TrackConverter::PlaylistAuxTrackToTrack(
   item->mediaId = detail::ClipAssetIdentifier(playlist.auxTrackUmId);
   const DataModel::MediaAssets::MediaAsset* asset = detail::FindAsset(info, item->mediaId);
   if (asset == nullptr) {
-    throw std::runtime_error(kAuxAssetNotFound);
+    detail::RefuseMissingAuxAsset();
   }
   const LimitInAndDuration shortRange =
       TimeConverter::GetShortInAndDurationFromMediaAsset(*asset, playlist.rate);
