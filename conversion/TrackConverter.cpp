@@ -7,8 +7,10 @@
 
 #include "Refusals.hpp"
 #include "detail/AssetLookup.h"
+#include "detail/ClipAssets.h"
 #include "detail/FrameArithmetic.h"
 #include "detail/GuidText.h"
+#include "detail/PlayedParts.h"
 
 namespace Kov {
 namespace Replivo {
@@ -93,6 +95,57 @@ void CheckAfterCut(const Side& side, const TransitionEffect& effect,
   }
 }
 
+// A new media item for the element, with its identifier and nothing else.
+std::unique_ptr<MediaSummaryItem> NewMediaItem(const Element& element) {
+  return std::unique_ptr<MediaSummaryItem>(new MediaSummaryItem(
+      detail::GuidToIdentifier(Data::Sequences::Elements::Guid(element.number, element.serverId))));
+}
+
+// Fills the item from the element's media bounds and places it at the status's
+// positions (negative ones clamped to 0), scaled by the speed in force; then
+// advances the positions past it.
+void PlaceOnTimeline(const Element& element, MediaBounds&& bounds,
+                     CurrentSequencePlayStatus& status, MediaSummaryItem& item) {
+  item.mediaId = std::move(bounds.mediaId);
+  item.mediaVideoIn = bounds.videoIn;
+  item.mediaVideoDuration = bounds.videoDuration;
+  item.mediaAudioIn = bounds.audioIn;
+  item.mediaAudioDuration = bounds.audioDuration;
+
+  if (status.position < 0) {
+    status.position = 0;
+  }
+  if (status.secondPosition < 0) {
+    status.secondPosition = 0;
+  }
+  item.timelineVideoIn = status.position;
+  item.timelineAudioIn = status.secondPosition;
+
+  // An element without a speed of its own plays at the speed of the one before.
+  if (element.speed != Data::Channels::Speed::Empty() && element.speed.numerator != 0) {
+    status.speed = element.speed;
+  }
+  item.timelineVideoDuration = TimelineLength(item.mediaVideoDuration, status.speed);
+  item.timelineAudioDuration = TimelineLength(item.mediaAudioDuration, status.speed);
+
+  status.position = detail::WrappingAdd(item.timelineVideoIn, item.timelineVideoDuration);
+  status.secondPosition = detail::WrappingAdd(item.timelineAudioIn, item.timelineAudioDuration);
+}
+
+// ToMediaSummaryItem with the assets of the whole track at hand: the same item,
+// refused at the same point, with the asset found once per clip.
+std::unique_ptr<MediaSummaryItem> MediaItemOf(const Element& element,
+                                              CurrentSequencePlayStatus& status,
+                                              detail::ClipAssets& assets) {
+  std::unique_ptr<MediaSummaryItem> item = NewMediaItem(element);
+  // Bounds first: should they throw, the status has not been touched.
+  MediaBounds bounds;
+  detail::MaterialLength& material = assets.Find(element.umId, bounds.mediaId);
+  detail::ResolvePlayedParts(element, material, bounds);
+  PlaceOnTimeline(element, std::move(bounds), status, *item);
+  return item;
+}
+
 // The audio transition kind of an element: its own field on an audio-video
 // element, the single transition field on an audio element.
 std::int32_t AudioTransitionKind(const AudioVideoElement& element) {
@@ -141,6 +194,7 @@ TimelineEngineModel::Track ToTrackCommon(const TrackT& track, unsigned index,
   const std::int32_t playlistNumber = track.elements.at(0).playlistNumber;
 
   CurrentSequencePlayStatus status;
+  detail::ClipAssets assets(info);
   // The track owns every item; the previous media item is only looked at.
   const MediaSummaryItem* previous = nullptr;
   for (const auto& element : track.elements) {
@@ -169,8 +223,7 @@ TimelineEngineModel::Track ToTrackCommon(const TrackT& track, unsigned index,
       }
     }
 
-    std::shared_ptr<MediaSummaryItem> current =
-        TrackConverter::ToMediaSummaryItem(element, status, info);
+    std::shared_ptr<MediaSummaryItem> current = MediaItemOf(element, status, assets);
     if (video) {
       CheckAfterCut(kVideoSide, video->FxTransition(), *current, playlistNumber);
     }
@@ -205,34 +258,9 @@ std::unique_ptr<FxTransitionItem> ToTransitionItem(Identifier id, const Transiti
 
 std::unique_ptr<MediaSummaryItem> TrackConverter::ToMediaSummaryItem(
     const Element& element, CurrentSequencePlayStatus& status, const ExternalSequenceInfo& info) {
-  std::unique_ptr<MediaSummaryItem> item(new MediaSummaryItem(
-      detail::GuidToIdentifier(Data::Sequences::Elements::Guid(element.number, element.serverId))));
+  std::unique_ptr<MediaSummaryItem> item = NewMediaItem(element);
   // Bounds first: should they throw, the status has not been touched.
-  MediaBounds bounds = TimeConverter::ToMediaBounds(element, info);
-  item->mediaId = std::move(bounds.mediaId);
-  item->mediaVideoIn = bounds.videoIn;
-  item->mediaVideoDuration = bounds.videoDuration;
-  item->mediaAudioIn = bounds.audioIn;
-  item->mediaAudioDuration = bounds.audioDuration;
-
-  if (status.position < 0) {
-    status.position = 0;
-  }
-  if (status.secondPosition < 0) {
-    status.secondPosition = 0;
-  }
-  item->timelineVideoIn = status.position;
-  item->timelineAudioIn = status.secondPosition;
-
-  // An element without a speed of its own plays at the speed of the one before.
-  if (element.speed != Data::Channels::Speed::Empty() && element.speed.numerator != 0) {
-    status.speed = element.speed;
-  }
-  item->timelineVideoDuration = TimelineLength(item->mediaVideoDuration, status.speed);
-  item->timelineAudioDuration = TimelineLength(item->mediaAudioDuration, status.speed);
-
-  status.position = detail::WrappingAdd(item->timelineVideoIn, item->timelineVideoDuration);
-  status.secondPosition = detail::WrappingAdd(item->timelineAudioIn, item->timelineAudioDuration);
+  PlaceOnTimeline(element, TimeConverter::ToMediaBounds(element, info), status, *item);
   return item;
 }
 
