@@ -179,7 +179,8 @@ std::size_t MostItems(const TrackT& track) {
 // then the items appended in the order transitions, media item.
 template <Element::Type Kind, typename TrackT>
 TimelineEngineModel::Track ToTrackCommon(const TrackT& track, unsigned index,
-                                         const ExternalSequenceInfo& info) {
+                                         const ExternalSequenceInfo& info,
+                                         const detail::AssetLengths* known = nullptr) {
   constexpr bool kHasVideo = Kind != Element::Audio;
   constexpr bool kHasAudio = Kind != Element::Video;
 
@@ -194,7 +195,7 @@ TimelineEngineModel::Track ToTrackCommon(const TrackT& track, unsigned index,
   const std::int32_t playlistNumber = track.elements.at(0).playlistNumber;
 
   CurrentSequencePlayStatus status;
-  detail::ClipAssets assets(info);
+  detail::ClipAssets assets(info, known);
   // The track owns every item; the previous media item is only looked at.
   const MediaSummaryItem* previous = nullptr;
   for (const auto& element : track.elements) {
@@ -302,6 +303,12 @@ TimelineEngineModel::Track TrackConverter::ToTrack(
     const Data::Sequences::Track<AudioVideoElement>& track, unsigned index,
     const ExternalSequenceInfo& info) {
   return ToTrackCommon<Element::AudioVideo>(track, index, info);
+}
+
+TimelineEngineModel::Track detail::ToTrackWithKnownLengths(
+    const Data::Sequences::Track<AudioVideoElement>& track, unsigned index,
+    const ExternalSequenceInfo& info, const AssetLengths& known) {
+  return ToTrackCommon<Element::AudioVideo>(track, index, info, &known);
 }
 
 TimelineEngineModel::Track TrackConverter::PlaylistAuxTrackToTrack(

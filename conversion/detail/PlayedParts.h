@@ -24,6 +24,10 @@ class MaterialLength {
   MaterialLength() = default;
   MaterialLength(const DataModel::MediaAssets::MediaAsset& asset, const TimePoints::Rate& rate)
       : asset_(&asset), rate_(&rate) {}
+  // A length already computed for this asset at this rate.
+  MaterialLength(const DataModel::MediaAssets::MediaAsset& asset, const TimePoints::Rate& rate,
+                 Frames known)
+      : asset_(&asset), rate_(&rate), known_(true), length_(known) {}
 
   Frames Get() {
     if (!known_) {
