@@ -9,6 +9,9 @@
 #include <string>
 #include <utility>
 
+// The library's own rule for the key of a clip's asset.
+#include <TimelineEngineConversion/conversion/detail/GuidText.h>
+
 namespace TimelineEngineBench {
 
 namespace {
@@ -23,13 +26,15 @@ using Kov::DataModel::MediaAssets::TrackLayoutEntry;
 using Kov::Replivo::Data::Channels::Speed;
 using Kov::Replivo::Data::Clips::UmId;
 using Kov::Replivo::Data::Sequences::AudioVideoElement;
+using Kov::Replivo::Tollan::TimelineEngineConversion::detail::ClipAssetIdentifier;
 using Kov::TimePoints::TimeBoundary;
 using Kov::TimePoints::TimeBounds;
 
 namespace Data = Kov::Replivo::Data;
 namespace MediaAssets = Kov::DataModel::MediaAssets;
 
-// 100 ns ticks per field at the playlist's rate of 50 fields a second.
+// 100 ns ticks per field at the playlist's rate of 50/1: 100 fields (50 frames)
+// a second.
 constexpr std::int64_t kTicksPerField = 100000;
 constexpr std::int64_t kAssetFields = 2 * kAssetFrames;
 // Ranges of one asset are one second apart; gaps do not count as material.
@@ -48,11 +53,6 @@ constexpr std::array<std::int32_t, 8> kAudioTransitionKinds = {3, 6, 7, 8, 1, 4,
 UmId ClipUmId(std::size_t assetIndex) {
   const std::string text = "CLIP" + std::to_string(assetIndex);
   return UmId(text.c_str());
-}
-
-Identifier AssetKey(const UmId& umId) {
-  char buffer[Data::Guid::kTextLength + 1];
-  return Identifier(Data::Clips::Guid(std::string(umId.GetUmId())).ToString(buffer, sizeof buffer));
 }
 
 // One resource with one picture and 2, 4 or 8 sound tracks, listed with a sound
@@ -178,7 +178,7 @@ SyntheticInput MakeSyntheticInput(std::size_t elementCount, std::size_t rangesPe
   input.assets = std::make_shared<MediaAssets::MediaAssetMap>();
   input.assets->reserve(kAssetCount);
   for (std::size_t a = 0; a < kAssetCount; ++a) {
-    const Identifier key = AssetKey(ClipUmId(a));
+    const Identifier key = ClipAssetIdentifier(ClipUmId(a));
     input.assets->emplace(key, MakeAsset(key, a, rangesPerAsset));
   }
 

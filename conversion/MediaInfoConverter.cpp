@@ -1,9 +1,9 @@
 // MediaInfoConverter: asset timing and the track description text.
 #include "MediaInfoConverter.h"
 
-#include <stdexcept>
 #include <string>
 
+#include "Refusals.hpp"
 #include "TimeConverter.h"
 
 namespace Kov {
@@ -24,7 +24,7 @@ std::string DescribeTracks(const DataModel::MediaAssets::TrackLayout& layout) {
   std::size_t soundTracks = 0;
   for (const DataModel::MediaAssets::Track* track : layout.tracks) {
     if (track == nullptr) {
-      throw std::runtime_error("null pointer");
+      detail::RefuseMissingLayoutTrack();
     }
     pictureTracks += track->kind == kPictureTrackKind ? 1 : 0;
     soundTracks += track->kind == kSoundTrackKind ? 1 : 0;

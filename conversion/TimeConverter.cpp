@@ -2,13 +2,13 @@
 #include "TimeConverter.h"
 
 #include <array>
-#include <stdexcept>
 #include <typeinfo>
 
-#include "../input-models/ClipMediaTimeConverter.h"
+#include "Refusals.hpp"
 #include "detail/AssetLookup.h"
-#include "detail/FrameArithmetic.h"
 #include "detail/GuidText.h"
+#include "detail/PlayedParts.h"
+#include "detail/TimeUnits.h"
 
 namespace Kov {
 namespace Replivo {
@@ -22,23 +22,17 @@ using Data::Sequences::Element;
 using Data::Sequences::VideoElement;
 using DataModel::MediaAssets::KytOperatorMetadataProfile;
 using DataModel::MediaAssets::MediaAsset;
-using DataModelConversion::ClipMediaTimeConverter;
+using detail::Fields;
+using detail::Frames;
+using detail::MaterialLength;
 using TimelineEngineModel::TransitionEffect;
 
 namespace {
 
-constexpr const char kNoPhysicalTimebounds[] = "MediaAsset from Sequence has no PhysicalTimebounds";
-constexpr const char kNoOperatorMetadata[] = "MediaAsset from Sequence has no KytOperatorMetadata";
-constexpr const char kAbsoluteIn[] =
-    "a sequence element contains absolute IN boundaries : not allowed in Timeline Engine";
-constexpr const char kAbsoluteOut[] =
-    "a sequence element contains absolute OUT boundaries : not allowed in Timeline Engine";
-constexpr const char kAssetNotFound[] = "MediaAsset for sequence track item not found";
-
-// Frames between two boundaries at a rate.
-std::int64_t FramesBetween(const TimePoints::TimeBoundary& to, const TimePoints::TimeBoundary& from,
-                           const TimePoints::Rate& rate) {
-  return detail::FieldsToFrames(ClipMediaTimeConverter::TimeBoundaryToFields(to, from, rate));
+// Frames between two time boundaries at a rate.
+Frames FramesBetween(const TimePoints::TimeBoundary& to, const TimePoints::TimeBoundary& from,
+                     const TimePoints::Rate& rate) {
+  return detail::ToFrames(detail::FieldsBetween(to, from, rate));
 }
 
 bool IsOpenEnded(const TimePoints::TimeBoundary& boundary) {
@@ -47,7 +41,7 @@ bool IsOpenEnded(const TimePoints::TimeBoundary& boundary) {
 
 void RequireRecordedRanges(const MediaAsset& asset) {
   if (asset.timeBounds.empty()) {
-    throw std::invalid_argument(kNoPhysicalTimebounds);
+    detail::RefuseAssetWithoutRecordedRanges();
   }
 }
 
@@ -64,8 +58,73 @@ const Concrete* AsRecord(const Element& element) {
   return dynamic_cast<const Concrete*>(&element);
 }
 
-std::int64_t AssetDuration(const MediaAsset& asset, const TimePoints::Rate& rate) {
-  return TimeConverter::GetMediaAssetLimitInAndDuration(asset, rate).duration;
+// Boundary resolution. An element says how its IN and OUT values are to be
+// read through two boundary kinds, shared by both its sides (in and out are
+// the element's values in fields, in/2 and out/2 the same in frames):
+//
+//   kind            IN position (frames)          OUT position (frames)
+//   SameLimit       in/2 from the asset's start   out/2 back from its end
+//   OppositeLimit   in/2 back from its end        out/2 from its start
+//   OtherBoundary   in/2 back from the OUT        out/2 after the IN
+//                   (back from the asset's end
+//                   when OUT is OtherBoundary too)
+//
+// The OUT position that counts from an end of the asset needs no IN position,
+// so the IN resolution uses it directly and neither resolver calls the other.
+struct BoundaryKinds {
+  std::int32_t in;
+  std::int32_t out;
+};
+
+BoundaryKinds KindsOf(const Element& element) {
+  return {element.inBoundaryKind, element.outBoundaryKind};
+}
+
+// The OUT position for an OUT kind that counts from an end of the asset.
+Frames OutFromAssetLimit(std::int32_t outKind, Fields outValue, MaterialLength& material) {
+  switch (outKind) {
+    case OppositeLimit:
+      return detail::ToFrames(outValue);
+    case SameLimit:
+      return material.Get() - detail::ToFrames(outValue);
+    default:
+      detail::RefuseAbsoluteOut();
+  }
+}
+
+Frames ResolveIn(BoundaryKinds kinds, Fields inValue, Fields outValue, MaterialLength& material) {
+  const Frames in = detail::ToFrames(inValue);
+  switch (kinds.in) {
+    case SameLimit:
+      return in;
+    case OppositeLimit:
+      return material.Get() - in;
+    case OtherBoundary:
+      // Both boundaries relative to each other: IN counts back from the asset's end.
+      if (kinds.out == OtherBoundary) {
+        return material.Get() - in;
+      }
+      return OutFromAssetLimit(kinds.out, outValue, material) - in;
+    default:
+      detail::RefuseAbsoluteIn();
+  }
+}
+
+Frames ResolveOut(BoundaryKinds kinds, Frames inPosition, Fields outValue,
+                  MaterialLength& material) {
+  if (kinds.out == OtherBoundary) {
+    return inPosition + detail::ToFrames(outValue);
+  }
+  return OutFromAssetLimit(kinds.out, outValue, material);
+}
+
+// One side of an element: IN first, then the length up to the OUT position.
+void ResolveSide(BoundaryKinds kinds, Fields inValue, Fields outValue, MaterialLength& material,
+                 std::int64_t& in, std::int64_t& length) {
+  const Frames inPosition = ResolveIn(kinds, inValue, outValue, material);
+  const Frames outPosition = ResolveOut(kinds, inPosition, outValue, material);
+  in = inPosition.count;
+  length = (outPosition - inPosition).count;
 }
 
 // Transition tables: how the offset and the length follow from the element's
@@ -141,7 +200,7 @@ TransitionEffect ToEffect(const std::array<TransitionRule, N>& rules, std::int32
     return effect;
   }
   const TransitionRule& rule = rules[static_cast<std::size_t>(k) - 1];
-  const std::int64_t d = detail::FieldsToFrames(durationInFields);
+  const std::int64_t d = detail::ToFrames(Fields{durationInFields}).count;
   effect.kind = rule.effectKind;
   effect.offset = Resolve(rule.offset, d);
   effect.duration = Resolve(rule.duration, d);
@@ -159,7 +218,7 @@ TimePoints::Rate TimeConverter::GetMediaAssetRate(const MediaAsset& asset) {
                             ? nullptr
                             : dynamic_cast<const KytOperatorMetadataProfile*>(found->second.get());
   if (profile == nullptr) {
-    throw std::invalid_argument(kNoOperatorMetadata);
+    detail::RefuseAssetWithoutOperatorMetadata();
   }
   // Everything that is not of the 50 Hz family counts as 59.94, deliberately.
   if (profile->videoRate == 50 || profile->videoRate == 25) {
@@ -175,11 +234,11 @@ LimitInAndDuration TimeConverter::GetMediaAssetLimitInAndDuration(const MediaAss
     return {0, -1};
   }
   // Gaps between ranges do not count, and each range loses its odd field on its own.
-  std::int64_t duration = 0;
+  Frames duration;
   for (const TimePoints::TimeBounds& range : asset.timeBounds) {
-    duration = detail::WrappingAdd(duration, FramesBetween(range.end, range.start, rate));
+    duration = duration + FramesBetween(range.end, range.start, rate);
   }
-  return {0, duration};
+  return {0, duration.count};
 }
 
 LimitInAndDuration TimeConverter::GetShortInAndDurationFromMediaAsset(
@@ -189,51 +248,27 @@ LimitInAndDuration TimeConverter::GetShortInAndDurationFromMediaAsset(
   }
   RequireRecordedRanges(asset);
   const TimePoints::TimeBoundary first = asset.timeBounds.front().start;
-  const std::int64_t limitIn = FramesBetween(asset.shortBounds.start, first, rate);
+  const Frames limitIn = FramesBetween(asset.shortBounds.start, first, rate);
   if (IsOpenEnded(asset.shortBounds.end)) {
-    return {limitIn, -1};
+    return {limitIn.count, -1};
   }
-  return {limitIn,
-          detail::WrappingSubtract(FramesBetween(asset.shortBounds.end, first, rate), limitIn)};
+  return {limitIn.count, (FramesBetween(asset.shortBounds.end, first, rate) - limitIn).count};
 }
 
 long long TimeConverter::FieldInToRelativeFromBeginning(long long inValue, long long outValue,
                                                         const Element& element,
                                                         const MediaAsset& asset,
                                                         const TimePoints::Rate& rate) {
-  const std::int64_t h = detail::FieldsToFrames(inValue);
-  switch (element.inBoundaryKind) {
-    case SameLimit:
-      return h;
-    case OppositeLimit:
-      return detail::WrappingSubtract(AssetDuration(asset, rate), h);
-    case OtherBoundary:
-      // Both boundaries relative to each other: IN counts back from the asset's end.
-      if (element.outBoundaryKind == OtherBoundary) {
-        return detail::WrappingSubtract(AssetDuration(asset, rate), h);
-      }
-      return detail::WrappingSubtract(
-          FieldOutToRelativeFromBeginning(inValue, outValue, element, asset, rate), h);
-    default:
-      throw std::invalid_argument(kAbsoluteIn);
-  }
+  MaterialLength material(asset, rate);
+  return ResolveIn(KindsOf(element), Fields{inValue}, Fields{outValue}, material).count;
 }
 
 long long TimeConverter::FieldOutToRelativeFromBeginning(long long inPosition, long long outValue,
                                                          const Element& element,
                                                          const MediaAsset& asset,
                                                          const TimePoints::Rate& rate) {
-  const std::int64_t h = detail::FieldsToFrames(outValue);
-  switch (element.outBoundaryKind) {
-    case OppositeLimit:
-      return h;
-    case SameLimit:
-      return detail::WrappingSubtract(AssetDuration(asset, rate), h);
-    case OtherBoundary:
-      return detail::WrappingAdd(inPosition, h);
-    default:
-      throw std::invalid_argument(kAbsoluteOut);
-  }
+  MaterialLength material(asset, rate);
+  return ResolveOut(KindsOf(element), Frames{inPosition}, Fields{outValue}, material).count;
 }
 
 MediaBounds TimeConverter::ToMediaBounds(const Element& element, const ExternalSequenceInfo& info) {
@@ -242,50 +277,43 @@ MediaBounds TimeConverter::ToMediaBounds(const Element& element, const ExternalS
   // Looked up before the kind is examined: every element needs its asset.
   const MediaAsset* asset = detail::FindAsset(info, bounds.mediaId);
   if (asset == nullptr) {
-    throw std::runtime_error(kAssetNotFound);
+    detail::RefuseMissingElementAsset();
   }
-  const TimePoints::Rate& rate = info.rate;
+  MaterialLength material(*asset, info.rate);
+  detail::ResolvePlayedParts(element, material, bounds);
+  return bounds;
+}
 
-  // Resolves one side: IN first, then the OUT position as a length from it.
-  const auto resolveSide = [&](std::int64_t inValue, std::int64_t outValue, std::int64_t& in,
-                               std::int64_t& duration) {
-    in = FieldInToRelativeFromBeginning(inValue, outValue, element, *asset, rate);
-    duration = detail::WrappingSubtract(
-        FieldOutToRelativeFromBeginning(in, outValue, element, *asset, rate), in);
-  };
-
+void detail::ResolvePlayedParts(const Element& element, MaterialLength& material,
+                                MediaBounds& bounds) {
+  const BoundaryKinds kinds = KindsOf(element);
   switch (element.GetType()) {
     case Element::Video:
       if (const auto* video = AsRecord<VideoElement>(element)) {
-        resolveSide(video->inValue, video->outValue, bounds.videoIn, bounds.videoDuration);
+        ResolveSide(kinds, Fields{video->inValue}, Fields{video->outValue}, material,
+                    bounds.videoIn, bounds.videoDuration);
       }
       break;
     case Element::Audio:
       if (const auto* audio = AsRecord<AudioElement>(element)) {
-        resolveSide(audio->inValue, audio->outValue, bounds.audioIn, bounds.audioDuration);
+        ResolveSide(kinds, Fields{audio->inValue}, Fields{audio->outValue}, material,
+                    bounds.audioIn, bounds.audioDuration);
       }
       break;
     case Element::AudioVideo:
+      // Both sides share the boundary kinds, and a refusal depends on nothing
+      // else: the picture side resolved whole before the sound side meets any
+      // refusal at the same point as both IN positions resolved first.
       if (const auto* both = AsRecord<AudioVideoElement>(element)) {
-        // Both IN positions first, then both lengths.
-        bounds.videoIn = FieldInToRelativeFromBeginning(both->videoInValue, both->videoOutValue,
-                                                        element, *asset, rate);
-        bounds.audioIn = FieldInToRelativeFromBeginning(both->audioInValue, both->audioOutValue,
-                                                        element, *asset, rate);
-        bounds.videoDuration = detail::WrappingSubtract(
-            FieldOutToRelativeFromBeginning(bounds.videoIn, both->videoOutValue, element, *asset,
-                                            rate),
-            bounds.videoIn);
-        bounds.audioDuration = detail::WrappingSubtract(
-            FieldOutToRelativeFromBeginning(bounds.audioIn, both->audioOutValue, element, *asset,
-                                            rate),
-            bounds.audioIn);
+        ResolveSide(kinds, Fields{both->videoInValue}, Fields{both->videoOutValue}, material,
+                    bounds.videoIn, bounds.videoDuration);
+        ResolveSide(kinds, Fields{both->audioInValue}, Fields{both->audioOutValue}, material,
+                    bounds.audioIn, bounds.audioDuration);
       }
       break;
     default:
       break;
   }
-  return bounds;
 }
 
 TransitionEffect TimeConverter::ToVideoTransitionBounds(const Element& element) {

@@ -6,6 +6,7 @@
 #include "MediaInfoConverter.h"
 #include "TimeConverter.h"
 #include "TrackConverter.h"
+#include "detail/ClipAssets.h"
 #include "detail/FrameArithmetic.h"
 #include "detail/GuidText.h"
 
@@ -19,9 +20,11 @@ using Data::Clips::UmId;
 
 namespace {
 
-// Only the leading characters of the playlist's id decide whether it names a
-// timeline; an id that differs from the empty one only further on gives an
-// empty timeline id, by design.
+// A playlist names a timeline when its id differs from the empty one within
+// this many leading characters. The empty id's text is "", so every id with any
+// text differs from it at its first character: only the empty id gives the
+// empty timeline id, and the bound never decides. The comparison stays bounded
+// all the same, as the rule has it.
 constexpr std::size_t kTimelineIdPrefixLength = 8;
 
 Identifier TimelineIdentifier(const UmId& umId) {
@@ -68,12 +71,19 @@ TimelineEngineModel::Timeline TimelineConverter::ToTimeline(
   timeline.secondaryId = Identifier::Empty();
 
   // Every asset first, so a bad asset fails the call even when no element uses it.
+  // Each asset with recorded ranges is timed here at the sequence's rate; the
+  // track takes those lengths instead of counting the ranges again.
   timeline.mediaInfos.reserve(info.mediaAssets->size());
+  detail::AssetLengths lengths(info.mediaAssets->size());
   for (const auto& entry : *info.mediaAssets) {
     timeline.mediaInfos.push_back(MediaInfoConverter::ToMediaInfo(entry.second, info.rate));
+    if (!entry.second.timeBounds.empty()) {
+      lengths.Add(entry.second, detail::Frames{timeline.mediaInfos.back().duration});
+    }
   }
 
-  timeline.tracks.push_back(TrackConverter::ToTrack(playlist.audioVideoTrack, 0, info));
+  timeline.tracks.push_back(
+      detail::ToTrackWithKnownLengths(playlist.audioVideoTrack, 0, info, lengths));
 
   // Before the aux track is added: the aux track never sets the duration.
   timeline.duration = mode == FromTrackItems ? DurationFromTrackItems(timeline.tracks.back())

@@ -2,13 +2,15 @@
 #include "TrackConverter.h"
 
 #include <limits>
-#include <stdexcept>
 #include <string>
 #include <utility>
 
+#include "Refusals.hpp"
 #include "detail/AssetLookup.h"
+#include "detail/ClipAssets.h"
 #include "detail/FrameArithmetic.h"
 #include "detail/GuidText.h"
+#include "detail/PlayedParts.h"
 
 namespace Kov {
 namespace Replivo {
@@ -33,8 +35,6 @@ constexpr std::int32_t kOverlappingEffectKind = 2;
 // The aux track's index: -1 as unsigned, so index + 1 wraps to 0.
 constexpr unsigned kAuxTrackIndex = std::numeric_limits<unsigned>::max();
 
-constexpr const char kAuxAssetNotFound[] = "MediaAsset for aux-track not found";
-
 // A media length on the timeline at a speed. Open-ended material (-1) takes no
 // room; a speed without numerator scales every length to 0.
 std::int64_t TimelineLength(std::int64_t mediaLength, const Data::Channels::Speed& speed) {
@@ -45,53 +45,105 @@ std::int64_t TimelineLength(std::int64_t mediaLength, const Data::Channels::Spee
                                 speed.numerator);
 }
 
-// The picture or the sound side of a track, as the transition checks see it.
+// The picture or the sound side of a track, as the transition checks see it:
+// its running position and the timeline length of an item on it.
 struct Side {
-  const char* name;
+  detail::TrackSide name;
   std::int64_t CurrentSequencePlayStatus::*position;
   std::int64_t MediaSummaryItem::*timelineDuration;
 };
 
-constexpr Side kVideoSide{"video", &CurrentSequencePlayStatus::position,
+constexpr Side kVideoSide{detail::TrackSide::Video, &CurrentSequencePlayStatus::position,
                           &MediaSummaryItem::timelineVideoDuration};
-constexpr Side kAudioSide{"audio", &CurrentSequencePlayStatus::secondPosition,
+constexpr Side kAudioSide{detail::TrackSide::Audio, &CurrentSequencePlayStatus::secondPosition,
                           &MediaSummaryItem::timelineAudioDuration};
 
-// An overlapping transition pulls the next item back by its offset:
+// A transition joins the previous item to the next one. An overlapping one
+// (effect kind 2) pulls the next item back by its offset, the part before the
+// cut:
 //
 //   previous  |==========|            position before:  100
 //   next                 |======      kind 2, offset 10
 //   next after pull-back |=====       starts at 90, overlapping the previous item
 //             ..........[tttt]
 //
-// Then the part before the cut (offset) must fit the previous item; a previous
-// item with no length is never tested. The message names the element that
-// carries the transition.
-void OpenTransition(const Side& side, const TransitionEffect& effect,
-                    CurrentSequencePlayStatus& status, const MediaSummaryItem& previous,
-                    std::int32_t playlistNumber, std::int32_t itemNumber) {
+// Whatever its kind, the part before the cut must fit the previous item and
+// the part after it (duration - offset) the next one; an item with no length
+// is never tested.
+void PullBackIfOverlapping(const Side& side, const TransitionEffect& effect,
+                           CurrentSequencePlayStatus& status) {
   if (effect.kind == kOverlappingEffectKind) {
     status.*side.position = detail::WrappingSubtract(status.*side.position, effect.offset);
   }
+}
+
+void CheckBeforeCut(const Side& side, const TransitionEffect& effect,
+                    const MediaSummaryItem& previous, std::int32_t playlistNumber,
+                    std::int32_t itemNumber) {
   const std::int64_t previousLength = previous.*side.timelineDuration;
   if (previousLength > 0 && previousLength < effect.offset) {
-    throw std::logic_error("The playlist PL" + std::to_string(playlistNumber) +
-                           " cannot be edited - contains track item (" +
-                           std::to_string(itemNumber) + ") with a shorter " + side.name +
-                           " duration than their transition duration.");
+    detail::RefuseTransitionLongerThanPreviousItem(side.name, playlistNumber, itemNumber);
   }
 }
 
-// The part after the cut (duration - offset) must fit the current item.
 void CheckAfterCut(const Side& side, const TransitionEffect& effect,
                    const MediaSummaryItem& current, std::int32_t playlistNumber) {
   const std::int64_t currentLength = current.*side.timelineDuration;
   if (currentLength > 0 &&
       detail::WrappingSubtract(effect.duration, effect.offset) > currentLength) {
-    throw std::logic_error("The playlist PL" + std::to_string(playlistNumber) +
-                           " cannot be edited - it contains track items with a shorter " +
-                           side.name + " duration than their transition duration.");
+    detail::RefuseTransitionLongerThanCurrentItem(side.name, playlistNumber);
   }
+}
+
+// A new media item for the element, with its identifier and nothing else.
+std::unique_ptr<MediaSummaryItem> NewMediaItem(const Element& element) {
+  return std::unique_ptr<MediaSummaryItem>(new MediaSummaryItem(
+      detail::GuidToIdentifier(Data::Sequences::Elements::Guid(element.number, element.serverId))));
+}
+
+// Fills the item from the element's media bounds and places it at the status's
+// positions (negative ones clamped to 0), scaled by the speed in force; then
+// advances the positions past it.
+void PlaceOnTimeline(const Element& element, MediaBounds&& bounds,
+                     CurrentSequencePlayStatus& status, MediaSummaryItem& item) {
+  item.mediaId = std::move(bounds.mediaId);
+  item.mediaVideoIn = bounds.videoIn;
+  item.mediaVideoDuration = bounds.videoDuration;
+  item.mediaAudioIn = bounds.audioIn;
+  item.mediaAudioDuration = bounds.audioDuration;
+
+  if (status.position < 0) {
+    status.position = 0;
+  }
+  if (status.secondPosition < 0) {
+    status.secondPosition = 0;
+  }
+  item.timelineVideoIn = status.position;
+  item.timelineAudioIn = status.secondPosition;
+
+  // An element without a speed of its own plays at the speed of the one before.
+  if (element.speed != Data::Channels::Speed::Empty() && element.speed.numerator != 0) {
+    status.speed = element.speed;
+  }
+  item.timelineVideoDuration = TimelineLength(item.mediaVideoDuration, status.speed);
+  item.timelineAudioDuration = TimelineLength(item.mediaAudioDuration, status.speed);
+
+  status.position = detail::WrappingAdd(item.timelineVideoIn, item.timelineVideoDuration);
+  status.secondPosition = detail::WrappingAdd(item.timelineAudioIn, item.timelineAudioDuration);
+}
+
+// ToMediaSummaryItem with the assets of the whole track at hand: the same item,
+// refused at the same point, with the asset found once per clip.
+std::unique_ptr<MediaSummaryItem> MediaItemOf(const Element& element,
+                                              CurrentSequencePlayStatus& status,
+                                              detail::ClipAssets& assets) {
+  std::unique_ptr<MediaSummaryItem> item = NewMediaItem(element);
+  // Bounds first: should they throw, the status has not been touched.
+  MediaBounds bounds;
+  detail::MaterialLength& material = assets.Find(element.umId, bounds.mediaId);
+  detail::ResolvePlayedParts(element, material, bounds);
+  PlaceOnTimeline(element, std::move(bounds), status, *item);
+  return item;
 }
 
 // The audio transition kind of an element: its own field on an audio-video
@@ -121,10 +173,14 @@ std::size_t MostItems(const TrackT& track) {
 }
 
 // One sequence track to one engine track; Kind says which transitions the
-// elements of TrackT carry (video, audio or both, video first).
+// elements of TrackT carry (video, audio or both, video first). Per element:
+// its transitions, which pull the position back and are checked against the
+// previous item; its media item; the transitions checked against that item;
+// then the items appended in the order transitions, media item.
 template <Element::Type Kind, typename TrackT>
 TimelineEngineModel::Track ToTrackCommon(const TrackT& track, unsigned index,
-                                         const ExternalSequenceInfo& info) {
+                                         const ExternalSequenceInfo& info,
+                                         const detail::AssetLengths* known = nullptr) {
   constexpr bool kHasVideo = Kind != Element::Audio;
   constexpr bool kHasAudio = Kind != Element::Video;
 
@@ -134,44 +190,41 @@ TimelineEngineModel::Track ToTrackCommon(const TrackT& track, unsigned index,
   if (track.elements.empty()) {
     return result;
   }
-
   result.items.reserve(MostItems<kHasVideo, kHasAudio>(track));
+  // Every refusal of the track names the playlist of its first element.
+  const std::int32_t playlistNumber = track.elements.at(0).playlistNumber;
 
   CurrentSequencePlayStatus status;
-  // The first element's transition is never read: nothing precedes it.
-  const auto& first = track.elements.at(0);
-  const std::int32_t playlistNumber = first.playlistNumber;
-  std::shared_ptr<MediaSummaryItem> firstItem =
-      TrackConverter::ToMediaSummaryItem(first, status, info);
-  // The track owns every item; the previous one is only looked at.
-  const MediaSummaryItem* previous = firstItem.get();
-  result.items.push_back(std::move(firstItem));
-
-  for (std::size_t i = 1; i < track.elements.size(); ++i) {
-    const auto& element = track.elements[i];
+  detail::ClipAssets assets(info, known);
+  // The track owns every item; the previous media item is only looked at.
+  const MediaSummaryItem* previous = nullptr;
+  for (const auto& element : track.elements) {
+    // A transition joins an element to the one before it, so the first
+    // element's transition is never read.
     std::shared_ptr<FxTransitionItem> video;
     std::shared_ptr<FxTransitionItem> audio;
     if constexpr (kHasVideo) {
-      if (element.transitionType != 0) {
+      if (previous != nullptr && element.transitionType != 0) {
         video = TrackConverter::ToFxVideoTransitionItem(element);
-        if (video) {
-          OpenTransition(kVideoSide, video->FxTransition(), status, *previous, playlistNumber,
-                         element.itemNumber);
-        }
+      }
+      if (video) {
+        PullBackIfOverlapping(kVideoSide, video->FxTransition(), status);
+        CheckBeforeCut(kVideoSide, video->FxTransition(), *previous, playlistNumber,
+                       element.itemNumber);
       }
     }
     if constexpr (kHasAudio) {
-      if (AudioTransitionKind(element) != 0) {
+      if (previous != nullptr && AudioTransitionKind(element) != 0) {
         audio = TrackConverter::ToFxAudioTransitionItem(element);
-        if (audio) {
-          OpenTransition(kAudioSide, audio->FxTransition(), status, *previous, playlistNumber,
-                         element.itemNumber);
-        }
+      }
+      if (audio) {
+        PullBackIfOverlapping(kAudioSide, audio->FxTransition(), status);
+        CheckBeforeCut(kAudioSide, audio->FxTransition(), *previous, playlistNumber,
+                       element.itemNumber);
       }
     }
 
-    std::shared_ptr<MediaSummaryItem> current =
-        TrackConverter::ToMediaSummaryItem(element, status, info);
+    std::shared_ptr<MediaSummaryItem> current = MediaItemOf(element, status, assets);
     if (video) {
       CheckAfterCut(kVideoSide, video->FxTransition(), *current, playlistNumber);
     }
@@ -206,34 +259,9 @@ std::unique_ptr<FxTransitionItem> ToTransitionItem(Identifier id, const Transiti
 
 std::unique_ptr<MediaSummaryItem> TrackConverter::ToMediaSummaryItem(
     const Element& element, CurrentSequencePlayStatus& status, const ExternalSequenceInfo& info) {
-  std::unique_ptr<MediaSummaryItem> item(new MediaSummaryItem(
-      detail::GuidToIdentifier(Data::Sequences::Elements::Guid(element.number, element.serverId))));
+  std::unique_ptr<MediaSummaryItem> item = NewMediaItem(element);
   // Bounds first: should they throw, the status has not been touched.
-  MediaBounds bounds = TimeConverter::ToMediaBounds(element, info);
-  item->mediaId = std::move(bounds.mediaId);
-  item->mediaVideoIn = bounds.videoIn;
-  item->mediaVideoDuration = bounds.videoDuration;
-  item->mediaAudioIn = bounds.audioIn;
-  item->mediaAudioDuration = bounds.audioDuration;
-
-  if (status.position < 0) {
-    status.position = 0;
-  }
-  if (status.secondPosition < 0) {
-    status.secondPosition = 0;
-  }
-  item->timelineVideoIn = status.position;
-  item->timelineAudioIn = status.secondPosition;
-
-  // An element without a speed of its own plays at the speed of the one before.
-  if (element.speed != Data::Channels::Speed::Empty() && element.speed.numerator != 0) {
-    status.speed = element.speed;
-  }
-  item->timelineVideoDuration = TimelineLength(item->mediaVideoDuration, status.speed);
-  item->timelineAudioDuration = TimelineLength(item->mediaAudioDuration, status.speed);
-
-  status.position = detail::WrappingAdd(item->timelineVideoIn, item->timelineVideoDuration);
-  status.secondPosition = detail::WrappingAdd(item->timelineAudioIn, item->timelineAudioDuration);
+  PlaceOnTimeline(element, TimeConverter::ToMediaBounds(element, info), status, *item);
   return item;
 }
 
@@ -277,6 +305,12 @@ TimelineEngineModel::Track TrackConverter::ToTrack(
   return ToTrackCommon<Element::AudioVideo>(track, index, info);
 }
 
+TimelineEngineModel::Track detail::ToTrackWithKnownLengths(
+    const Data::Sequences::Track<AudioVideoElement>& track, unsigned index,
+    const ExternalSequenceInfo& info, const AssetLengths& known) {
+  return ToTrackCommon<Element::AudioVideo>(track, index, info, &known);
+}
+
 TimelineEngineModel::Track TrackConverter::PlaylistAuxTrackToTrack(
     const Data::Sequences::Playlist& playlist, const ExternalSequenceInfo& info) {
   TimelineEngineModel::Track track;
@@ -289,7 +323,7 @@ TimelineEngineModel::Track TrackConverter::PlaylistAuxTrackToTrack(
   item->mediaId = detail::ClipAssetIdentifier(playlist.auxTrackUmId);
   const DataModel::MediaAssets::MediaAsset* asset = detail::FindAsset(info, item->mediaId);
   if (asset == nullptr) {
-    throw std::runtime_error(kAuxAssetNotFound);
+    detail::RefuseMissingAuxAsset();
   }
   const LimitInAndDuration shortRange =
       TimeConverter::GetShortInAndDurationFromMediaAsset(*asset, playlist.rate);

@@ -87,13 +87,17 @@ awk -F, '
       }
     }
     print ""
-    print "cost of the asset duration recomputed per boundary (100 ranges against 1):"
+    # Every asset is timed once per call, so 100 ranges should cost little more
+    # than 1; the media infos are timed once per asset by definition.
+    print "assets with 100 recorded ranges against 1 range:"
     for (n = 1; n <= count; n++) {
       split(order[n], k, SUBSEP)
       one = k[1] SUBSEP k[2] SUBSEP 1
       if (k[3] == 100 && (one in ns) && k[1] != "Floor") {
-        printf "  %-26s %8s: %+10.1f ns/element (%.1f times the 1-range time)\n", k[1], k[2],
-               ns[order[n]] - ns[one], ns[order[n]] / ns[one]
+        times = ns[order[n]] / ns[one]
+        verdict = k[1] == "ToMediaInfo" ? "reported" : times <= 1.15 ? "met" : "NOT MET"
+        printf "  %-26s %8s: %+10.1f ns/element, %.2f times (at most 1.15) %s\n", k[1], k[2],
+               ns[order[n]] - ns[one], times, verdict
       }
     }
   }

@@ -10,13 +10,20 @@ namespace Tollan {
 namespace TimelineEngineConversion {
 namespace detail {
 
-inline const DataModel::MediaAssets::MediaAsset* FindAsset(
+// The map's entry (its key and its asset), or null when there is none.
+inline const DataModel::MediaAssets::MediaAssetMap::value_type* FindAssetEntry(
     const ExternalSequenceInfo& info, const BusinessEntityModel::BaseTypes::Identifier& id) {
   if (!info.mediaAssets) {
     return nullptr;
   }
   const auto found = info.mediaAssets->find(id);
-  return found == info.mediaAssets->end() ? nullptr : &found->second;
+  return found == info.mediaAssets->end() ? nullptr : &*found;
+}
+
+inline const DataModel::MediaAssets::MediaAsset* FindAsset(
+    const ExternalSequenceInfo& info, const BusinessEntityModel::BaseTypes::Identifier& id) {
+  const auto* entry = FindAssetEntry(info, id);
+  return entry == nullptr ? nullptr : &entry->second;
 }
 
 }  // namespace detail
