@@ -3,8 +3,8 @@
 // or refuses in one of its documented ways. The tool's listing and JSON writer
 // run on every document read, since they see whatever the reader lets through.
 #include <cstdint>
-#include <cstdlib>
 #include <cstdio>
+#include <cstdlib>
 #include <string>
 
 #include "PlaylistDocument.h"
@@ -22,8 +22,8 @@ namespace Conversion = Kov::Replivo::Tollan::TimelineEngineConversion;
 // A refusal names a place: "line L, column C", a JSON pointer, or "byte N".
 void RequirePlacedRefusal(const TimelineConvert::DocumentError& error) {
   const std::string& where = error.Where();
-  const bool placed = where.rfind("line ", 0) == 0 || where.rfind("/", 0) == 0 ||
-                      where.rfind("byte ", 0) == 0;
+  const bool placed =
+      where.rfind("line ", 0) == 0 || where.rfind("/", 0) == 0 || where.rfind("byte ", 0) == 0;
   if (!placed || std::string(error.what()).rfind(where + ": ", 0) != 0) {
     Fail(std::string("a refusal without its place: ") + error.what());
   }

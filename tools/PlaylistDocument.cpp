@@ -179,10 +179,11 @@ class Node {
     if (value_.is_number()) {
       return "the number " + value_.dump();
     }
-    return std::string(value_.is_string() ? "a "
-                       : value_.is_null() ? ""
-                                          : "an ") +
-           value_.type_name();
+    if (value_.is_null()) {
+      return "null";
+    }
+    const std::string type = value_.type_name();  // string, boolean, object, array
+    return (type[0] == 'a' || type[0] == 'o' ? "an " : "a ") + type;
   }
 
   const Json& value_;
