@@ -385,6 +385,8 @@ class DocumentStream {
     return true;
   }
 
+  std::string PlaceOfValue() const { return frames_.empty() ? "/" : CurrentPath(); }
+
   std::vector<Sequences::AudioVideoElement> elements;
   std::optional<DocumentError> elementFault;
   std::shared_ptr<Assets::MediaAssetMap> assets = std::make_shared<Assets::MediaAssetMap>();
@@ -467,6 +469,7 @@ class DocumentStream {
     return path;
   }
 
+  // The place of the value being parsed: also that of a number too large to hold.
   std::string CurrentPath() const {
     std::string path;
     for (const Frame& frame : frames_) {
@@ -509,6 +512,12 @@ Json ParseJson(const std::string& jsonText, DocumentStream& stream) {
     return Json::parse(jsonText, [&stream](int depth, Json::parse_event_t event, Json& parsed) {
       return stream(depth, event, parsed);
     });
+  } catch (const Json::out_of_range& error) {
+    // "[json.exception.out_of_range.406] number overflow parsing '1e999'"
+    const std::string text = error.what();
+    const auto end = text.find("] ");
+    throw DocumentError(stream.PlaceOfValue(),
+                        end == std::string::npos ? text : text.substr(end + 2));
   } catch (const Json::parse_error& error) {
     // "[json.exception.parse_error.101] parse error at line 2, column 5: <problem>"
     const std::string text = error.what();
