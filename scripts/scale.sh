@@ -37,9 +37,13 @@ for command in "${commands[@]}"; do
   for size in "${sizes[@]}"; do
     document="build/scale/doc-${size}.json"
     # Processor time (user + system) and peak resident memory of one run.
-    read -r user system peak_kb < <(
-      /usr/bin/time -f "%U %S %M" "$tool" "$command" "$document" -o /dev/null 2>&1 >/dev/null |
+    read -r status user system peak_kb < <(
+      /usr/bin/time -f "%x %U %S %M" "$tool" "$command" "$document" -o /dev/null 2>&1 >/dev/null |
         tail -n 1)
+    if [ "$status" != 0 ]; then
+      echo "$command failed on $document (exit status $status)" >&2
+      exit 1
+    fi
     bytes=$(stat -c %s "$document")
     line=$(awk -v c="$command" -v n="$size" -v b="$bytes" -v u="$user" -v s="$system" -v m="$peak_kb" \
       'BEGIN { t = u + s; printf "| %s | %d | %.1f | %.2f | %.2f | %.0f |", c, n, b / 1048576, t, t / n * 1e6, m / 1024 }')
