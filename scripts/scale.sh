@@ -44,7 +44,7 @@ for command in "${commands[@]}"; do
     user=""
     for ((run = 0; run < runs; ++run)); do
       read -r status run_user run_system run_peak_kb < <(
-        /usr/bin/time -f "%x %U %S %M" "$tool" "$command" "$document" -o /dev/null 2>&1 >/dev/null |
+        /usr/bin/time -f "%x %U %S %M" "$tool" "$command" "$document" 2>&1 >/dev/null |
           tail -n 1)
       if [ "$status" != 0 ]; then
         echo "$command failed on $document (exit status $status)" >&2
