@@ -150,7 +150,15 @@ void ReplaceFile(const std::string& path, const std::string& target, const struc
   } else {
     error = ::fchmod(descriptor, CreationMode()) == 0 ? 0 : errno;
   }
-  if (error == 0) error = WriteTo(descriptor, write);
+  if (error == 0) {
+    try {
+      error = WriteTo(descriptor, write);
+    } catch (...) {  // out of memory while making the content
+      ::close(descriptor);
+      ::unlink(temporary.c_str());
+      throw;
+    }
+  }
   if (error == 0 && ::fsync(descriptor) != 0) error = errno;
   if (::close(descriptor) != 0 && error == 0) error = errno;
   if (error == 0 && ::rename(temporary.c_str(), target.c_str()) != 0) error = errno;

@@ -18,7 +18,6 @@
 #include <iostream>
 #include <iterator>
 #include <memory>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -64,9 +63,15 @@ bool ReadInput(const std::string& path, std::string& text, std::string& problem)
     problem = std::strerror(errno);
     return false;
   }
-  std::ostringstream content;
-  content << file.rdbuf();
-  text = content.str();
+  // Read straight into the text, sized up front where the size is known, so
+  // the document is held once and not copied.
+  if (S_ISREG(status.st_mode)) {
+    text.reserve(static_cast<std::size_t>(status.st_size));
+  }
+  std::vector<char> chunk(1 << 16);
+  while (file.read(chunk.data(), static_cast<std::streamsize>(chunk.size())) || file.gcount() > 0) {
+    text.append(chunk.data(), static_cast<std::size_t>(file.gcount()));
+  }
   problem = file.bad() ? std::strerror(errno) : "";
   return problem.empty();
 }
@@ -88,6 +93,7 @@ int Run(Command command, const Options& options) {
   } catch (const TimelineConvert::DocumentError& error) {
     return Fail(kUnusableInput, InputName(options.input) + ": " + error.what());
   }
+  std::string().swap(text);  // the records hold all that is needed now
   // The whole result is made before the output is touched, so a refusal leaves
   // it as it was; the timeline's JSON is then streamed into it.
   std::function<void(std::ostream&)> write;
@@ -239,5 +245,9 @@ int main(int argc, char** argv) {
   const Command command = convert->parsed()  ? Command::Convert
                           : assets->parsed() ? Command::Assets
                                              : Command::Render;
-  return Run(command, options);
+  try {
+    return Run(command, options);
+  } catch (const std::bad_alloc&) {
+    return Fail(kUnusableInput, "out of memory");
+  }
 }
