@@ -5,7 +5,7 @@
 set -euo pipefail
 
 packages=(g++-multilib nlohmann-json3-dev libcli11-dev libfuzzer-14-dev libclang-rt-14-dev pkg-config
-          libxml2-utils python3-jsonschema chromium lintian dpkg-dev)
+          libxml2-utils python3-jsonschema chromium lintian dpkg-dev python3 time)
 missing=()
 for package in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q "install ok installed" ||

@@ -9,10 +9,15 @@
 #include <initializer_list>
 #include <limits>
 #include <map>
+#include <optional>
 #include <set>
 #include <utility>
 
 #include <nlohmann/json.hpp>
+
+// The library's own rule for the asset of a clip, so the listing always agrees
+// with the look-ups of the conversion.
+#include "../conversion/detail/GuidText.h"
 
 namespace TimelineConvert {
 
@@ -40,63 +45,6 @@ std::string PointerStep(const std::string& key) {
   }
   return step;
 }
-
-// The parser keeps the last of two equal keys without a word; a document that
-// says two things about one field is refused instead. The callback sees the
-// parse as a stream of events, so it keeps its own path to name the place.
-class DuplicateKeyCheck {
- public:
-  bool operator()(int /*depth*/, Json::parse_event_t event, Json& parsed) {
-    switch (event) {
-      case Json::parse_event_t::object_start:
-      case Json::parse_event_t::array_start:
-        frames_.push_back(Frame{event == Json::parse_event_t::object_start, {}, {}, 0});
-        break;
-      case Json::parse_event_t::key: {
-        const auto& key = parsed.get_ref<const std::string&>();
-        if (!frames_.back().keys.insert(key).second) {
-          throw DocumentError(ParentPath() + PointerStep(key), "the field is given twice");
-        }
-        frames_.back().currentKey = key;
-        break;
-      }
-      case Json::parse_event_t::object_end:
-      case Json::parse_event_t::array_end:
-        frames_.pop_back();
-        NextArrayElement();
-        break;
-      case Json::parse_event_t::value:
-        NextArrayElement();
-        break;
-    }
-    return true;
-  }
-
- private:
-  struct Frame {
-    bool isObject;
-    std::set<std::string> keys;
-    std::string currentKey;
-    std::size_t index;
-  };
-
-  void NextArrayElement() {
-    if (!frames_.empty() && !frames_.back().isObject) {
-      ++frames_.back().index;
-    }
-  }
-
-  std::string ParentPath() const {
-    std::string path;
-    for (std::size_t i = 0; i + 1 < frames_.size(); ++i) {
-      path += frames_[i].isObject ? PointerStep(frames_[i].currentKey)
-                                  : "/" + std::to_string(frames_[i].index);
-    }
-    return path;
-  }
-
-  std::vector<Frame> frames_;
-};
 
 template <typename T>
 const char* RangeName() {
@@ -193,6 +141,13 @@ class Node {
     if (!wholeNumber) {
       Fail(std::string("expected an integer, found ") + Describe());
     }
+    // 3.0 or 1e3: a whole value, but written as a fraction, which the reader
+    // does not round into an integer (large ones would not be exact).
+    const double whole = value_.get<double>();
+    if (whole >= static_cast<double>(std::numeric_limits<T>::min()) &&
+        whole < static_cast<double>(std::numeric_limits<T>::max()) + 1.0) {
+      Fail(value_.dump() + " is not an integer: write it without a fraction part or exponent");
+    }
     Fail(value_.dump() + " is out of range for " + RangeName<T>() + " (" +
          std::to_string(std::numeric_limits<T>::min() + 0) + " to " +
          std::to_string(std::numeric_limits<T>::max() + 0) + ")");
@@ -224,10 +179,11 @@ class Node {
     if (value_.is_number()) {
       return "the number " + value_.dump();
     }
-    return std::string(value_.is_string() ? "a "
-                       : value_.is_null() ? ""
-                                          : "an ") +
-           value_.type_name();
+    if (value_.is_null()) {
+      return "null";
+    }
+    const std::string type = value_.type_name();  // string, boolean, object, array
+    return (type[0] == 'a' || type[0] == 'o' ? "an " : "a ") + type;
   }
 
   const Json& value_;
@@ -292,29 +248,6 @@ Sequences::AudioVideoElement ReadElement(const Node& node) {
   node.ReadOptional("audioTransitionType", element.audioTransitionType);
   node.ReadOptional("audioTransitionDuration", element.audioTransitionDuration);
   return element;
-}
-
-Sequences::Playlist ReadPlaylist(const Node& node) {
-  node.ExpectObject({"serverId", "number", "umId", "durationInFields", "rate", "audioVideoTrack"},
-                    {"auxTrackUmId"});
-  Sequences::Playlist playlist;
-  playlist.serverId = Data::Servers::ServerId(node["serverId"].Integer<std::uint32_t>());
-  playlist.number = node["number"].Integer<std::uint32_t>();
-  playlist.umId = Data::Clips::UmId(node["umId"].UmIdText().c_str());
-  playlist.durationInFields = node["durationInFields"].Integer<std::int64_t>();
-  const Node rate = node["rate"];
-  rate.ExpectObject({"numerator", "denominator"});
-  playlist.rate = {rate["numerator"].Integer<std::int64_t>(),
-                   rate["denominator"].Integer<std::int64_t>()};
-  const Node track = node["audioVideoTrack"];
-  track.ExpectObject({"elements"});
-  for (const Node& element : track["elements"].Elements()) {
-    playlist.audioVideoTrack.elements.push_back(ReadElement(element));
-  }
-  if (node.Has("auxTrackUmId")) {
-    playlist.auxTrackUmId = Data::Clips::UmId(node["auxTrackUmId"].UmIdText().c_str());
-  }
-  return playlist;
 }
 
 // Ticks of 100 ns, or "open" for material still being recorded.
@@ -418,9 +351,173 @@ Assets::MediaAsset ReadAsset(const Node& node, DocumentAsset& name) {
   return asset;
 }
 
-Json ParseJson(const std::string& jsonText) {
+// Reads the document while the parser runs. The elements of the playlist's
+// track and the assets are turned into records as soon as each one is parsed,
+// and their JSON is dropped, so that memory grows with the records and never
+// with a tree of the whole document. The first fault of each list is kept and
+// raised at the point where a reading of the whole tree would have met it, so
+// the document's faults are reported in the same order either way.
+// The stream also refuses a key given twice in one object (the parser would
+// keep the last one without a word), naming the place by its own path.
+class DocumentStream {
+ public:
+  bool operator()(int /*depth*/, Json::parse_event_t event, Json& parsed) {
+    switch (event) {
+      case Json::parse_event_t::object_start:
+      case Json::parse_event_t::array_start:
+        frames_.push_back(Frame{event == Json::parse_event_t::object_start, {}, {}, 0});
+        return true;
+      case Json::parse_event_t::key: {
+        const auto& key = parsed.get_ref<const std::string&>();
+        if (!frames_.back().keys.insert(key).second) {
+          throw DocumentError(ParentPath() + PointerStep(key), "the field is given twice");
+        }
+        frames_.back().currentKey = key;
+        return true;
+      }
+      case Json::parse_event_t::object_end:
+      case Json::parse_event_t::array_end:
+        frames_.pop_back();
+        return Completed(parsed);
+      case Json::parse_event_t::value:
+        return Completed(parsed);
+    }
+    return true;
+  }
+
+  std::string PlaceOfValue() const { return frames_.empty() ? "/" : CurrentPath(); }
+
+  std::vector<Sequences::AudioVideoElement> elements;
+  std::optional<DocumentError> elementFault;
+  std::shared_ptr<Assets::MediaAssetMap> assets = std::make_shared<Assets::MediaAssetMap>();
+  std::vector<DocumentAsset> assetOrder;
+  std::optional<DocumentError> assetFault;
+
+ private:
+  struct Frame {
+    bool isObject;
+    std::set<std::string> keys;
+    std::string currentKey;
+    std::size_t index;
+  };
+
+  // A value is complete; false drops it from the tree once it has been read.
+  bool Completed(const Json& value) {
+    bool keep = true;
+    if (IsInArrayAt({"playlist", "audioVideoTrack", "elements"})) {
+      keep = false;
+      if (!elementFault) {
+        try {
+          elements.push_back(ReadElement(Node(value, CurrentPath())));
+        } catch (const DocumentError& fault) {
+          elementFault = fault;
+        }
+      }
+    } else if (IsInArrayAt({"assets"})) {
+      keep = false;
+      if (!assetFault) {
+        try {
+          AddAsset(Node(value, CurrentPath()));
+        } catch (const DocumentError& fault) {
+          assetFault = fault;
+        }
+      }
+    }
+    if (!frames_.empty() && !frames_.back().isObject) {
+      ++frames_.back().index;
+    }
+    return keep;
+  }
+
+  void AddAsset(const Node& node) {
+    DocumentAsset name;
+    Assets::MediaAsset asset = ReadAsset(node, name);
+    const std::string path = "/assets/" + std::to_string(assetOrder.size());
+    const auto earlier = pathOfKey_.emplace(name.key.Text(), path);
+    if (!earlier.second) {
+      node.Fail("the asset " + name.key.Text() + " is already given at " + earlier.first->second);
+    }
+    assets->emplace(name.key, std::move(asset));
+    assetOrder.push_back(std::move(name));
+  }
+
+  // True when the value just completed is an element of the array found by
+  // following these keys from the document's root object.
+  bool IsInArrayAt(std::initializer_list<const char*> keys) const {
+    if (frames_.size() != keys.size() + 1 || frames_.back().isObject) {
+      return false;
+    }
+    std::size_t level = 0;
+    for (const char* key : keys) {
+      if (!frames_[level].isObject || frames_[level].currentKey != key) {
+        return false;
+      }
+      ++level;
+    }
+    return true;
+  }
+
+  std::string Step(const Frame& frame) const {
+    return frame.isObject ? PointerStep(frame.currentKey) : "/" + std::to_string(frame.index);
+  }
+
+  std::string ParentPath() const {
+    std::string path;
+    for (std::size_t i = 0; i + 1 < frames_.size(); ++i) {
+      path += Step(frames_[i]);
+    }
+    return path;
+  }
+
+  // The place of the value being parsed: also that of a number too large to hold.
+  std::string CurrentPath() const {
+    std::string path;
+    for (const Frame& frame : frames_) {
+      path += Step(frame);
+    }
+    return path;
+  }
+
+  std::vector<Frame> frames_;
+  std::map<std::string, std::string> pathOfKey_;
+};
+
+Sequences::Playlist ReadPlaylist(const Node& node, DocumentStream& stream) {
+  node.ExpectObject({"serverId", "number", "umId", "durationInFields", "rate", "audioVideoTrack"},
+                    {"auxTrackUmId"});
+  Sequences::Playlist playlist;
+  playlist.serverId = Data::Servers::ServerId(node["serverId"].Integer<std::uint32_t>());
+  playlist.number = node["number"].Integer<std::uint32_t>();
+  playlist.umId = Data::Clips::UmId(node["umId"].UmIdText().c_str());
+  playlist.durationInFields = node["durationInFields"].Integer<std::int64_t>();
+  const Node rate = node["rate"];
+  rate.ExpectObject({"numerator", "denominator"});
+  playlist.rate = {rate["numerator"].Integer<std::int64_t>(),
+                   rate["denominator"].Integer<std::int64_t>()};
+  const Node track = node["audioVideoTrack"];
+  track.ExpectObject({"elements"});
+  track["elements"].Elements();  // an array, its elements already read by the stream
+  if (stream.elementFault) {
+    throw *stream.elementFault;
+  }
+  playlist.audioVideoTrack.elements = std::move(stream.elements);
+  if (node.Has("auxTrackUmId")) {
+    playlist.auxTrackUmId = Data::Clips::UmId(node["auxTrackUmId"].UmIdText().c_str());
+  }
+  return playlist;
+}
+
+Json ParseJson(const std::string& jsonText, DocumentStream& stream) {
   try {
-    return Json::parse(jsonText, DuplicateKeyCheck());
+    return Json::parse(jsonText, [&stream](int depth, Json::parse_event_t event, Json& parsed) {
+      return stream(depth, event, parsed);
+    });
+  } catch (const Json::out_of_range& error) {
+    // "[json.exception.out_of_range.406] number overflow parsing '1e999'"
+    const std::string text = error.what();
+    const auto end = text.find("] ");
+    throw DocumentError(stream.PlaceOfValue(),
+                        end == std::string::npos ? text : text.substr(end + 2));
   } catch (const Json::parse_error& error) {
     // "[json.exception.parse_error.101] parse error at line 2, column 5: <problem>"
     const std::string text = error.what();
@@ -439,8 +536,7 @@ DocumentError::DocumentError(const std::string& where, const std::string& proble
     : std::runtime_error(where + ": " + problem), where_(where) {}
 
 Identifier AssetIdOfClip(const std::string& umIdText) {
-  char buffer[Data::Guid::kTextLength + 1];
-  return Identifier(Data::Clips::Guid(umIdText).ToString(buffer, sizeof buffer));
+  return Conversion::detail::ClipAssetIdentifier(Data::Clips::UmId(umIdText.c_str()));
 }
 
 std::string ListUsedAssets(const PlaylistDocument& document) {
@@ -460,7 +556,8 @@ std::string ListUsedAssets(const PlaylistDocument& document) {
 }
 
 PlaylistDocument ReadPlaylistDocument(const std::string& jsonText) {
-  const Json json = ParseJson(jsonText);
+  DocumentStream stream;
+  const Json json = ParseJson(jsonText, stream);
   const Node root(json, "");
   root.ExpectObject({"playlist", "assets"}, {"description", "$schema"});
   if (root.Has("description")) {
@@ -470,21 +567,13 @@ PlaylistDocument ReadPlaylistDocument(const std::string& jsonText) {
     root["$schema"].String();  // names the schema for editors; the reader needs none
   }
   PlaylistDocument document;
-  document.playlist = ReadPlaylist(root["playlist"]);
-  document.assets = std::make_shared<Assets::MediaAssetMap>();
-  std::map<std::string, std::string> pathOfKey;
-  for (const Node& assetNode : root["assets"].Elements()) {
-    DocumentAsset name;
-    Assets::MediaAsset asset = ReadAsset(assetNode, name);
-    const std::string path = "/assets/" + std::to_string(document.assetOrder.size());
-    const auto earlier = pathOfKey.emplace(name.key.Text(), path);
-    if (!earlier.second) {
-      assetNode.Fail("the asset " + name.key.Text() + " is already given at " +
-                     earlier.first->second);
-    }
-    document.assets->emplace(name.key, std::move(asset));
-    document.assetOrder.push_back(std::move(name));
+  document.playlist = ReadPlaylist(root["playlist"], stream);
+  root["assets"].Elements();  // an array, its assets already read by the stream
+  if (stream.assetFault) {
+    throw *stream.assetFault;
   }
+  document.assets = std::move(stream.assets);
+  document.assetOrder = std::move(stream.assetOrder);
   return document;
 }
 

@@ -45,7 +45,8 @@ PlaylistDocument ReadPlaylistDocument(const std::string& jsonText);
 // "missing" in the document, separated by tabs.
 std::string ListUsedAssets(const PlaylistDocument& document);
 
-// The key under which the library looks up the asset of a clip.
+// The key under which the library looks up the asset of a clip (at most 11
+// characters, as every clip id the reader accepts).
 Kov::BusinessEntityModel::BaseTypes::Identifier AssetIdOfClip(const std::string& umIdText);
 
 }  // namespace TimelineConvert

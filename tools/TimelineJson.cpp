@@ -4,6 +4,7 @@
 #include "TimelineJson.h"
 
 #include <nlohmann/json.hpp>
+#include <sstream>
 
 namespace TimelineConvert {
 
@@ -36,32 +37,77 @@ Json ItemToJson(const Engine::TrackItem& item) {
   return json;
 }
 
+// Texts that are not valid UTF-8 are written with replacement characters
+// rather than refused: the tool reports, it does not judge the library's ids.
+std::string Dump(const Json& json) {
+  return json.dump(2, ' ', false, Json::error_handler_t::replace);
+}
+
+// A value dumped on its own, indented as the member of an array at `indent`.
+void WriteIndented(std::ostream& out, const Json& json, const std::string& indent) {
+  const std::string text = Dump(json);
+  out << indent;
+  for (const char c : text) {
+    out << c;
+    if (c == '\n') out << indent;
+  }
+}
+
+// Writes the elements of an array, each made by `element(index)` only when it
+// is written, so that no tree of the whole array is ever held.
+template <typename MakeElement>
+void WriteArray(std::ostream& out, std::size_t size, const std::string& indent,
+                MakeElement element) {
+  if (size == 0) {
+    out << "[]";
+    return;
+  }
+  out << "[\n";
+  for (std::size_t index = 0; index < size; ++index) {
+    WriteIndented(out, element(index), indent + "  ");
+    out << (index + 1 < size ? ",\n" : "\n");
+  }
+  out << indent << "]";
+}
+
 }  // namespace
 
-std::string TimelineToJsonText(const Engine::Timeline& timeline) {
-  Json tracks = Json::array();
-  for (const auto& track : timeline.tracks) {
-    Json items = Json::array();
-    for (const auto& item : track.items) {
-      items.push_back(item ? ItemToJson(*item) : Json());
+// The same text as dumping one tree of the whole timeline with an indent of
+// two, written track by track and item by item.
+void WriteTimelineJson(std::ostream& out, const Engine::Timeline& timeline) {
+  out << "{\n  \"id\": " << Dump(timeline.id.Text())
+      << ",\n  \"secondaryId\": " << Dump(timeline.secondaryId.Text())
+      << ",\n  \"duration\": " << Dump(timeline.duration) << ",\n  \"tracks\": ";
+  if (timeline.tracks.empty()) {
+    out << "[]";
+  } else {
+    out << "[\n";
+    for (std::size_t index = 0; index < timeline.tracks.size(); ++index) {
+      const auto& track = timeline.tracks[index];
+      out << "    {\n      \"id\": " << Dump(track.id.Text())
+          << ",\n      \"type\": " << Dump(track.type) << ",\n      \"items\": ";
+      WriteArray(out, track.items.size(), "      ", [&](std::size_t item) {
+        return track.items[item] ? ItemToJson(*track.items[item]) : Json();
+      });
+      out << "\n    }" << (index + 1 < timeline.tracks.size() ? ",\n" : "\n");
     }
-    tracks.push_back(Json{{"id", track.id.Text()}, {"type", track.type}, {"items", items}});
+    out << "  ]";
   }
-  Json mediaInfos = Json::array();
-  for (const auto& info : timeline.mediaInfos) {
-    mediaInfos.push_back(Json{{"id", info.id.Text()},
-                              {"limitIn", info.limitIn},
-                              {"duration", info.duration},
-                              {"tracksDescription", info.tracksDescription}});
-  }
-  const Json json{{"id", timeline.id.Text()},
-                  {"secondaryId", timeline.secondaryId.Text()},
-                  {"duration", timeline.duration},
-                  {"tracks", tracks},
-                  {"mediaInfos", mediaInfos}};
-  // Texts that are not valid UTF-8 are written with replacement characters
-  // rather than refused: the tool reports, it does not judge the library's ids.
-  return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+  out << ",\n  \"mediaInfos\": ";
+  WriteArray(out, timeline.mediaInfos.size(), "  ", [&](std::size_t index) {
+    const auto& info = timeline.mediaInfos[index];
+    return Json{{"id", info.id.Text()},
+                {"limitIn", info.limitIn},
+                {"duration", info.duration},
+                {"tracksDescription", info.tracksDescription}};
+  });
+  out << "\n}\n";
+}
+
+std::string TimelineToJsonText(const Engine::Timeline& timeline) {
+  std::ostringstream text;
+  WriteTimelineJson(text, timeline);
+  return text.str();
 }
 
 }  // namespace TimelineConvert

@@ -5,11 +5,16 @@
 
 #include <TimelineEngineConversion/TimelineEngineConversion.h>
 
+#include <ostream>
 #include <string>
 
 namespace TimelineConvert {
 
 // The timeline as a JSON document, indented by two, ending in a newline.
 std::string TimelineToJsonText(const Kov::TimelineEngineModel::Timeline& timeline);
+
+// The same text, written into a stream piece by piece: memory stays that of
+// one item whatever the size of the timeline.
+void WriteTimelineJson(std::ostream& out, const Kov::TimelineEngineModel::Timeline& timeline);
 
 }  // namespace TimelineConvert

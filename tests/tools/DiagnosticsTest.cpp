@@ -89,13 +89,13 @@ TEST(Diagnostics, ErrorsAsJsonHoldTheFieldsThatApply) {
   const std::string input = WorkPath("broken.json");
   tool_testing::WriteFile(input, R"({"playlist": {}, "assets": []})");
   EXPECT_EQ(RunTool("assets --errors json - < '" + input + "'").err,
-            R"({"status":"malformed","message":"missing field \"serverId\"","file":"<stdin>",)"
+            R"({"status":"malformed","message":"missing field \"serverId\"","file":"standard input",)"
             R"("pointer":"/playlist"})"
             "\n");
   tool_testing::WriteFile(input, R"({"playlist" 1})");
   EXPECT_EQ(RunTool("convert --errors json - < '" + input + "'").err,
             R"({"status":"malformed","message":"syntax error while parsing object separator - )"
-            R"(unexpected number literal; expected ':'","file":"<stdin>","line":1,"column":13})"
+            R"(unexpected number literal; expected ':'","file":"standard input","line":1,"column":13})"
             "\n");
   EXPECT_EQ(RunTool("check --errors json /nonexistent.json").err,
             R"({"status":"io","message":"cannot read: No such file or directory",)"
@@ -122,7 +122,7 @@ TEST(Diagnostics, CheckFindsEachKindInItsOwnDocument) {
   const auto json = RunTool("check --errors json - < '" +
                             SourcePath("tests/tools/documents/check-unused-asset.json") + "'");
   EXPECT_EQ(json.out, R"({"status":"finding","kind":"unused-asset","message":"no element and not )"
-                      R"(the aux track uses this asset","file":"<stdin>","asset":")" +
+                      R"(the aux track uses this asset","file":"standard input","asset":")" +
                           TimelineConvert::AssetIdOfClip("SPARE-1").Text() +
                           R"(","clip":"SPARE-1"})"
                           "\n");

@@ -165,6 +165,8 @@ TEST(DocumentReading, BrokenJsonAndRepeatedKeysAreFoundWhereTheyAre) {
   EXPECT_EQ(DocumentErrorOf(R"({"playlist": {"audioVideoTrack": {"elements":
                                 [{"a": 1}, 2, {"number": 1, "number": 2}]}}})"),
             "/playlist/audioVideoTrack/elements/2/number: the field is given twice");
+  EXPECT_EQ(DocumentErrorOf(R"({"playlist": {"number": 1e999}})"),
+            "/playlist/number: number overflow parsing '1e999'");
   EXPECT_EQ(DocumentErrorOf(R"({"assets": [], "assets": []})"),
             "/assets: the field is given twice");
 }

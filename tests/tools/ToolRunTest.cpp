@@ -1,142 +1,176 @@
-// The program itself: the shipped examples against the golden files, its
-// output read back and compared with the library's own result, exit statuses,
-// messages, and no output file at all when a run fails.
+// The program itself, as one table of command lines: each row sets up a fresh
+// folder, runs timeline-convert there, and states the exit status, standard
+// output and standard error it expects, then what the folder must hold. Rows
+// from other areas of the tool are appended to kRows.
 #include <gtest/gtest.h>
+#include <unistd.h>
 
-#include <cstdio>
+#include <TimelineEngineConversion/TimelineEngineConversion.h>
 #include <filesystem>
-#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
 
-#include "PlaylistDocument.h"
 #include "ToolTestSupport.h"
 
 namespace {
 
-namespace Conversion = Kov::Replivo::Tollan::TimelineEngineConversion;
 using tool_testing::ReadFile;
-using tool_testing::RunTool;
 using tool_testing::SourcePath;
-using tool_testing::WorkPath;
 
-const std::string kHighlight = SourcePath("examples/highlight.json");
-const std::string kRefused = SourcePath("examples/refused.json");
-
-Kov::TimelineEngineModel::Timeline LibraryTimeline(
-    const std::string& path, Conversion::TimelineConverter::DurationMode mode) {
-  const auto document = TimelineConvert::ReadPlaylistDocument(ReadFile(path));
-  return Conversion::TimelineConverter::ToTimeline(document.playlist, mode, document.assets);
+std::string Golden(const char* name) {
+  return ReadFile(SourcePath(std::string("tests/tools/golden/") + name));
 }
 
-TEST(ToolRun, ConvertsTheShippedExampleToTheGoldenJson) {
-  const auto run = RunTool("convert '" + kHighlight + "'");
-  EXPECT_EQ(run.exitStatus, 0);
-  EXPECT_EQ(run.err, "");
-  EXPECT_EQ(run.out, ReadFile(SourcePath("tests/tools/golden/highlight.timeline.json")));
-  const auto fromStdin = RunTool("convert - < '" + kHighlight + "'");
-  EXPECT_EQ(fromStdin.out, run.out);
-}
+const std::string kCopyExamples =
+    "cp \"$SRC\"/examples/highlight.json h.json; "
+    "cp \"$SRC\"/examples/refused.json r.json; ";
+const std::string kName = "timeline-convert: ";
+const std::string kHelpHint = " (timeline-convert --help lists the commands and options)\n";
+const std::string kFraction = ": write it without a fraction part or exponent\n";
 
-TEST(ToolRun, OutputReadsBackAsWhatTheLibraryReturns) {
-  for (const auto mode : {Conversion::TimelineConverter::FromTrackItems,
-                          Conversion::TimelineConverter::FromPlaylist}) {
-    const std::string output = WorkPath("highlight.timeline.json");
-    std::remove(output.c_str());
-    const auto run =
-        RunTool("convert '" + kHighlight + "' -o '" + output + "' --duration-mode " +
-                (mode == Conversion::TimelineConverter::FromPlaylist ? "playlist" : "items"));
-    ASSERT_EQ(run.exitStatus, 0) << run.err;
-    tool_testing::ExpectSameTimeline(tool_testing::TimelineFromJson(ReadFile(output)),
-                                     LibraryTimeline(kHighlight, mode));
-  }
-  tool_testing::ExpectSameTimeline(
-      tool_testing::TimelineFromJson(
-          ReadFile(SourcePath("tests/tools/golden/highlight.timeline.json"))),
-      LibraryTimeline(kHighlight, Conversion::TimelineConverter::FromTrackItems));
-}
+struct ToolCase {
+  const char* name;
+  std::string setup;      // shell, run in the row's empty folder before the tool
+  std::string arguments;  // the tool's command line, shell-quoted
+  int exitStatus;
+  std::string out;  // exactly, or each of `outHas` when that is given
+  std::string err;
+  std::string after = "";  // shell, run in the folder afterwards: its output
+  std::string afterOut = "";
+  std::vector<std::string> outHas = {};
+  bool needsRoot = false;  // device nodes can only be made by root
+};
 
-TEST(ToolRun, ListsTheAssetsThePlaylistUses) {
-  const auto run = RunTool("assets '" + kHighlight + "'");
-  EXPECT_EQ(run.exitStatus, 0);
-  EXPECT_EQ(run.out, ReadFile(SourcePath("tests/tools/golden/highlight.assets.txt")));
-  // Without the commentary clip's asset, the aux line (always first) says so.
-  auto document = nlohmann::json::parse(ReadFile(kHighlight));
-  document["assets"].erase(3);
-  tool_testing::WriteFile(WorkPath("without-aux-asset.json"), document.dump());
-  const auto lacking = RunTool("assets '" + WorkPath("without-aux-asset.json") + "'");
-  EXPECT_EQ(lacking.out.substr(0, lacking.out.find('\n')),
-            TimelineConvert::AssetIdOfClip("COMMENT-01").Text() + "\tCOMMENT-01\tmissing");
-}
+const ToolCase kRows[] = {
+    {"ConvertsTheExample", kCopyExamples, "convert h.json", 0, Golden("highlight.timeline.json"),
+     ""},
+    {"ReadsStandardInput", kCopyExamples, "convert - < h.json", 0,
+     Golden("highlight.timeline.json"), ""},
+    {"ListsTheAssets", kCopyExamples, "assets h.json", 0, Golden("highlight.assets.txt"), ""},
+    {"RendersSvg", kCopyExamples, "render h.json -o p.svg", 0, "", "",
+     "xmllint --noout p.svg && head -c 5 p.svg", "<svg "},
+    {"RendersHtml", kCopyExamples, "render --html h.json -o p.html", 0, "", "",
+     "head -c 15 p.html; grep -c 'id=\"timeline-data\"' p.html", "<!DOCTYPE html>1\n"},
+    {"RefusalKeepsTheOutput", kCopyExamples + "echo earlier > out.json",
+     "convert r.json -o out.json", 2, "", Golden("refused.stderr.txt"), "cat out.json",
+     "earlier\n"},
+    // Output: a regular file is replaced whole, through a temporary file.
+    {"NewFileHasTheUsualMode", kCopyExamples + "umask 027", "convert h.json -o new.json", 0, "", "",
+     "stat -c %a new.json; cat new.json", "640\n" + Golden("highlight.timeline.json")},
+    {"ExistingFileKeepsItsMode", kCopyExamples + "echo old > out.json; chmod 604 out.json",
+     "convert h.json -o out.json", 0, "", "", "stat -c %a out.json; ls -A",
+     "604\nh.json\nout.json\nr.json\n"},
+    {"SymlinkTargetIsReplacedAndTheLinkKept",
+     kCopyExamples + "mkdir d; echo old > d/t.json; ln -s d/t.json link.json",
+     "assets h.json -o link.json", 0, "", "", "test -L link.json && cat d/t.json",
+     Golden("highlight.assets.txt")},
+    {"FailedWriteLeavesTheFileAsItWas", kCopyExamples + "echo old > out.json; ulimit -f 1",
+     "convert h.json -o out.json", 1, "", kName + "cannot write out.json: File too large\n",
+     "cat out.json; ls -A", "old\nh.json\nout.json\nr.json\n"},
+    {"FailedWriteCreatesNothing", kCopyExamples + "ulimit -f 1", "convert h.json -o new.json", 1,
+     "", kName + "cannot write new.json: File too large\n", "ls -A", "h.json\nr.json\n"},
+    {"FailedWriteThroughSymlinkKeepsBoth",
+     kCopyExamples + "echo old > t.json; ln -s t.json link.json; ulimit -f 1",
+     "convert h.json -o link.json", 1, "", kName + "cannot write link.json: File too large\n",
+     "test -L link.json && cat t.json", "old\n"},
+    {"DirectoryOutputIsRefused", kCopyExamples + "mkdir d", "convert h.json -o d", 1, "",
+     kName + "cannot write d: it is a directory\n", "test -d d && ls -A d", ""},
+    // Output: anything else is written in place and never removed.
+    {"FifoIsWrittenInPlace", kCopyExamples + "mkfifo f; cat f > got.txt &", "assets h.json -o f", 0,
+     "", "", "test -p f && cat got.txt", Golden("highlight.assets.txt")},
+    {"DeviceIsWrittenInPlace",
+     kCopyExamples + "mknod null c 1 3",
+     "convert h.json -o null",
+     0,
+     "",
+     "",
+     "test -c null && echo kept",
+     "kept\n",
+     {},
+     true},
+    {"FullDeviceFailsAndIsKept",
+     kCopyExamples + "mknod full c 1 7",
+     "convert h.json -o full",
+     1,
+     "",
+     kName + "cannot write full: No space left on device\n",
+     "test -c full && echo kept",
+     "kept\n",
+     {},
+     true},
+    {"DevStdoutIsTheToolsOwnOutput", kCopyExamples, "assets h.json -o /dev/stdout", 0,
+     Golden("highlight.assets.txt"), ""},
+    // Messages.
+    {"InputDirectory", "", "convert .", 1, "", kName + "cannot read .: it is a directory\n"},
+    {"MissingInput", "", "render missing.json", 1, "",
+     kName + "cannot read missing.json: No such file or directory\n"},
+    {"FaultNamesItsPlaceAndWritesNothing",
+     "echo '{\"playlist\": {\"number\": 1}, \"assets\": []}' > m.json",
+     "convert m.json -o never.json", 1, "",
+     kName + "m.json: /playlist: missing field \"serverId\"\n", "ls -A", "m.json\n"},
+    {"StandardInputByName", "echo '{\"playlist\": true, \"assets\": []}' > b.json",
+     "convert - < b.json", 1, "",
+     kName + "standard input: /playlist: expected an object, found a boolean\n"},
+    {"WholeNumberWithFraction",
+     kCopyExamples + "sed 's/\"number\": 12,/\"number\": 12.0,/' h.json > f.json", "convert f.json",
+     1, "", kName + "f.json: /playlist/number: 12.0 is not an integer" + kFraction},
+    {"WholeNumberWithExponent",
+     kCopyExamples + "sed 's/\"number\": 12,/\"number\": 1e3,/' h.json > f.json", "convert f.json",
+     1, "", kName + "f.json: /playlist/number: 1000.0 is not an integer" + kFraction},
+    {"UnknownCommandSuggestsTheNearest", "", "convrt h.json", 1, "",
+     kName + "unknown command \"convrt\" (did you mean \"convert\"?)\n"},
+    {"VersionShort", "", "-V", 0,
+     std::string("timeline-convert 1.0.0 (conversion library ") +
+         TIMELINE_ENGINE_CONVERSION_VERSION_TEXT + ")\n",
+     ""},
+    {"VersionLong", "", "--version", 0,
+     std::string("timeline-convert 1.0.0 (conversion library ") +
+         TIMELINE_ENGINE_CONVERSION_VERSION_TEXT + ")\n",
+     ""},
+    {"NoCommand", "", "", 1, "", kName + "A subcommand is required" + kHelpHint},
+    {"UnknownDurationMode", kCopyExamples, "convert h.json --duration-mode fields", 1, "",
+     kName + "--duration-mode: fields not in {items,playlist}" + kHelpHint},
+    {"ConvertHelp",
+     "",
+     "convert --help",
+     0,
+     "",
+     "",
+     "",
+     "",
+     {"INPUT", "--output", "--duration-mode", "items", "playlist"}},
+    {"AssetsHelp", "", "assets --help", 0, "", "", "", "", {"INPUT", "--output", "missing"}},
+    {"RenderHelp",
+     "",
+     "render --help",
+     0,
+     "",
+     "",
+     "",
+     "",
+     {"INPUT", "--output", "--duration-mode", "--html"}},
+};
 
-TEST(ToolRun, RefusalExitsTwoWithTheLibrarysTextAndWritesNothing) {
-  std::string libraryText;
-  try {
-    LibraryTimeline(kRefused, Conversion::TimelineConverter::FromTrackItems);
-  } catch (const std::logic_error& refusal) {
-    libraryText = refusal.what();
-  }
-  EXPECT_EQ(libraryText,
-            "The playlist PL13 cannot be edited - contains track item (2) with a shorter video "
-            "duration than their transition duration.");
-  const std::string output = WorkPath("kept-output.txt");
-  // render draws a refused playlist all the same (TimelineSvgTest).
-  for (const char* command : {"convert"}) {
-    tool_testing::WriteFile(output, "earlier content");
-    const auto run = RunTool(std::string(command) + " '" + kRefused + "' -o '" + output + "'");
-    EXPECT_EQ(run.exitStatus, 2);
-    // The second line, where the refusal comes from, is DiagnosticsTest's.
-    const std::string firstLine = run.err.substr(0, run.err.find('\n') + 1);
-    EXPECT_EQ(firstLine, libraryText + "\n");
-    EXPECT_EQ(firstLine, ReadFile(SourcePath("tests/tools/golden/refused.stderr.txt")));
-    EXPECT_EQ(ReadFile(output), "earlier content");
-  }
-}
-
-TEST(ToolRun, UnusableInputExitsOneNamingThePlace) {
-  const std::string input = WorkPath("malformed.json");
-  const std::string output = WorkPath("never-written.json");
-  std::remove(output.c_str());
-  tool_testing::WriteFile(input, "{\"playlist\": {\"number\": 1}, \"assets\": []}");
-  auto run = RunTool("convert '" + input + "' -o '" + output + "'");
-  EXPECT_EQ(run.exitStatus, 1);
-  EXPECT_EQ(run.err, "timeline-convert: " + input + ": /playlist: missing field \"serverId\"\n");
-  EXPECT_EQ(std::fopen(output.c_str(), "r"), nullptr);
-
-  run = RunTool("render '" + WorkPath("no-such-file.json") + "'");
-  EXPECT_EQ(run.exitStatus, 1);
-  EXPECT_EQ(run.err, "timeline-convert: cannot read " + WorkPath("no-such-file.json") +
-                         ": No such file or directory\n");
-  // An output that cannot be written is reported, and left as it was.
-  const std::string directory = WorkPath("output-directory");
-  std::filesystem::create_directories(directory);
-  run = RunTool("convert '" + kHighlight + "' -o '" + directory + "'");
-  EXPECT_EQ(run.exitStatus, 1);
-  EXPECT_EQ(run.err, "timeline-convert: cannot write " + directory + ": Is a directory\n");
-  EXPECT_TRUE(std::filesystem::is_directory(directory));
-  EXPECT_EQ(RunTool("").exitStatus, 1);
-  EXPECT_EQ(RunTool("convert '" + kHighlight + "' --duration-mode fields").exitStatus, 1);
-}
-
-TEST(ToolRun, RendersWellFormedSvgAndHtml) {
-  const auto svg = RunTool("render '" + kHighlight + "'");
-  EXPECT_EQ(svg.exitStatus, 0);
-  EXPECT_EQ(svg.out.rfind("<svg ", 0), 0U);
-  EXPECT_TRUE(tool_testing::IsWellFormedXml(svg.out));
-  const auto html = RunTool("render --html '" + kHighlight + "'");
-  EXPECT_EQ(html.out.rfind("<!DOCTYPE html>", 0), 0U);
-  EXPECT_NE(html.out.find("<script type=\"application/json\" id=\"timeline-data\">"),
-            std::string::npos);
-}
-
-TEST(ToolRun, HelpOfEachSubcommandExplainsItsArguments) {
-  const std::pair<const char*, std::vector<const char*>> subcommands[] = {
-      {"convert", {"INPUT", "--output", "--duration-mode", "items", "playlist"}},
-      {"assets", {"INPUT", "missing"}},
-      {"render", {"INPUT", "--output", "--duration-mode", "--html"}}};
-  for (const auto& subcommand : subcommands) {
-    const auto run = RunTool(std::string(subcommand.first) + " --help");
-    EXPECT_EQ(run.exitStatus, 0);
-    for (const char* word : subcommand.second) {
-      EXPECT_NE(run.out.find(word), std::string::npos) << subcommand.first << ": " << word;
+TEST(ToolRun, EveryRowOfTheTable) {
+  for (const ToolCase& row : kRows) {
+    SCOPED_TRACE(row.name);
+    if (row.needsRoot && ::geteuid() != 0) {
+      continue;  // mknod needs root; the FIFO rows cover in-place writing
+    }
+    const std::string folder = tool_testing::WorkPath(std::string("rows/") + row.name);
+    std::filesystem::remove_all(folder);
+    std::filesystem::create_directories(folder);
+    const auto run = tool_testing::RunScript(folder, row.setup + "\n\"$TOOL\" " + row.arguments);
+    EXPECT_EQ(run.exitStatus, row.exitStatus);
+    EXPECT_EQ(run.err, row.err);
+    if (row.outHas.empty()) {
+      EXPECT_EQ(run.out, row.out);
+    }
+    for (const auto& word : row.outHas) {
+      EXPECT_NE(run.out.find(word), std::string::npos) << word;
+    }
+    if (!row.after.empty()) {
+      EXPECT_EQ(tool_testing::RunScript(folder, row.after).out, row.afterOut);
     }
   }
 }

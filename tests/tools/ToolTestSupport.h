@@ -1,9 +1,6 @@
-// Helpers of the timeline-convert tests: running the built program, reading
-// files, checking XML with xmllint, and reading the tool's timeline JSON back
-// into the engine model so it can be compared with what the library returns.
+// Helpers of the timeline-convert tests: running a shell command line with the
+// built program, reading and writing files, checking XML with xmllint.
 #pragma once
-
-#include <TimelineEngineConversion/TimelineEngineConversion.h>
 
 #include <string>
 
@@ -15,20 +12,20 @@ struct ToolRun {
   std::string err;
 };
 
-// Runs timeline-convert with the given shell-quoted arguments.
-ToolRun RunTool(const std::string& arguments);
+// Runs a shell script in `folder`, with $TOOL the program and $SRC the source
+// tree; waits for the script's background jobs before returning.
+ToolRun RunScript(const std::string& folder, const std::string& script);
 
 std::string SourcePath(const std::string& relative);
 std::string WorkPath(const std::string& name);
+
+// The built program with `arguments` (shell-quoted), run in the work folder.
+inline ToolRun RunTool(const std::string& arguments) {
+  return RunScript(WorkPath("."), "\"$TOOL\" " + arguments);
+}
 std::string ReadFile(const std::string& path);
 void WriteFile(const std::string& path, const std::string& content);
 
 bool IsWellFormedXml(const std::string& text);
-
-Kov::TimelineEngineModel::Timeline TimelineFromJson(const std::string& text);
-
-// Every field of both timelines, items through the model's own equality.
-void ExpectSameTimeline(const Kov::TimelineEngineModel::Timeline& actual,
-                        const Kov::TimelineEngineModel::Timeline& expected);
 
 }  // namespace tool_testing

@@ -1,0 +1,56 @@
+// Fuzzes timeline-convert's document reader: any bytes either become a refusal
+// that names its place, or a document whose playlist the library then converts
+// or refuses in one of its documented ways. The tool's listing and JSON writer
+// run on every document read, since they see whatever the reader lets through.
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+
+#include "PlaylistDocument.h"
+#include "TimelineJson.h"
+
+namespace {
+
+namespace Conversion = Kov::Replivo::Tollan::TimelineEngineConversion;
+
+[[noreturn]] void Fail(const std::string& what) {
+  std::fprintf(stderr, "DocumentReaderFuzzer: %s\n", what.c_str());
+  std::abort();
+}
+
+// A refusal names a place: "line L, column C", a JSON pointer, or "byte N".
+void RequirePlacedRefusal(const TimelineConvert::DocumentError& error) {
+  const std::string& where = error.Where();
+  const bool placed =
+      where.rfind("line ", 0) == 0 || where.rfind("/", 0) == 0 || where.rfind("byte ", 0) == 0;
+  if (!placed || std::string(error.what()).rfind(where + ": ", 0) != 0) {
+    Fail(std::string("a refusal without its place: ") + error.what());
+  }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  const std::string text(reinterpret_cast<const char*>(data), size);
+  TimelineConvert::PlaylistDocument document;
+  try {
+    document = TimelineConvert::ReadPlaylistDocument(text);
+  } catch (const TimelineConvert::DocumentError& error) {
+    RequirePlacedRefusal(error);
+    return 0;
+  }
+  TimelineConvert::ListUsedAssets(document);
+  for (const auto mode : {Conversion::TimelineConverter::FromTrackItems,
+                          Conversion::TimelineConverter::FromPlaylist}) {
+    try {
+      TimelineConvert::TimelineToJsonText(
+          Conversion::TimelineConverter::ToTimeline(document.playlist, mode, document.assets));
+    } catch (const std::logic_error&) {
+      // The library's refusals are logic_error and its subclasses (invalid_argument).
+    } catch (const std::runtime_error&) {
+      // Its look-up refusals.
+    }
+  }
+  return 0;
+}
