@@ -143,11 +143,6 @@ TEST(TrackConverter, TrackIdsOverwriteTheEndOfTheTimelineId) {
     SCOPED_TRACE(std::string(c.timelineId) + " #" + std::to_string(c.index));
     EXPECT_EQ(c.trackId, TrackConverter::TimelineIdToTrackId(c.timelineId, c.index).Text());
   }
-  Sequences::Track<Sequences::AudioVideoElement> empty;
-  const auto track = TrackConverter::ToTrack(empty, 1, ClipInfo());
-  EXPECT_EQ("ABC002", track.id.Text());
-  EXPECT_EQ(1, track.type);
-  EXPECT_TRUE(track.items.empty());
 }
 
 TEST(TrackConverter, OverlappingTransitionsPullTheNextItemBack) {
