@@ -164,11 +164,6 @@ TEST(TimelineConverter, RefusalsReachTheCallerWhole) {
          m[AssetIdOf("CAM-A")].resources.Insert({nullptr, "resource"});
        },
        kNullPointer},
-      {"counting from the end of an asset without ranges",
-       [](Sequences::Playlist&, Assets::MediaAssetMap& m) {
-         m[AssetIdOf("CAM-B")].timeBounds = Assets::TimeBoundsArray();
-       },
-       kNoRecordedRanges},
       {"a transition longer than the item before",
        [](Sequences::Playlist& p, Assets::MediaAssetMap&) {
          p.audioVideoTrack.elements[2].videoTransitionDuration = 2000;

@@ -123,8 +123,6 @@ TEST(TrackConverter, TransitionItemsHaveTheirOwnIdentifiers) {
             video->Id().Text());
   EXPECT_EQ(GuidText(ElementGuid(5, element.serverId, ElementGuid::AudioTransition)),
             audio->Id().Text());
-  element.transitionType = 21;  // effect kind 0: no item
-  EXPECT_EQ(nullptr, TrackConverter::ToFxVideoTransitionItem(element));
 }
 
 TEST(TrackConverter, TrackIdsOverwriteTheEndOfTheTimelineId) {
