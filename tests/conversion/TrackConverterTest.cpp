@@ -123,8 +123,6 @@ TEST(TrackConverter, TransitionItemsHaveTheirOwnIdentifiers) {
             video->Id().Text());
   EXPECT_EQ(GuidText(ElementGuid(5, element.serverId, ElementGuid::AudioTransition)),
             audio->Id().Text());
-  element.transitionType = 21;  // effect kind 0: no item
-  EXPECT_EQ(nullptr, TrackConverter::ToFxVideoTransitionItem(element));
 }
 
 TEST(TrackConverter, TrackIdsOverwriteTheEndOfTheTimelineId) {
@@ -143,11 +141,6 @@ TEST(TrackConverter, TrackIdsOverwriteTheEndOfTheTimelineId) {
     SCOPED_TRACE(std::string(c.timelineId) + " #" + std::to_string(c.index));
     EXPECT_EQ(c.trackId, TrackConverter::TimelineIdToTrackId(c.timelineId, c.index).Text());
   }
-  Sequences::Track<Sequences::AudioVideoElement> empty;
-  const auto track = TrackConverter::ToTrack(empty, 1, ClipInfo());
-  EXPECT_EQ("ABC002", track.id.Text());
-  EXPECT_EQ(1, track.type);
-  EXPECT_TRUE(track.items.empty());
 }
 
 TEST(TrackConverter, OverlappingTransitionsPullTheNextItemBack) {

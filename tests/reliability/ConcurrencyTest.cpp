@@ -12,13 +12,11 @@
 #include <thread>
 #include <vector>
 
-#include "ModelText.h"
 #include "RepresentativeSequence.h"
 
 namespace {
 
-namespace Conversion = Kov::Replivo::Tollan::TimelineEngineConversion;
-using Conversion::TimelineConverter;
+using Kov::Replivo::Tollan::TimelineEngineConversion::TimelineConverter;
 
 constexpr int kThreads = 8;
 constexpr int kRounds = 100;
@@ -26,65 +24,50 @@ constexpr int kRounds = 100;
 // The texts of one round of conversions of a sequence: both duration modes and
 // the asset listing.
 std::string ConvertAll(const reliability::RepresentativeSequence& sequence) {
-  std::string text = ModelText::Describe(TimelineConverter::ToTimeline(
-                         sequence.playlist, TimelineConverter::FromTrackItems, sequence.assets)) +
-                     ModelText::Describe(TimelineConverter::ToTimeline(
-                         sequence.playlist, TimelineConverter::FromPlaylist, sequence.assets));
-  for (const auto& id : TimelineConverter::ListAssetsFromPlaylist(sequence.playlist)) {
-    text += id.Text() + " ";
-  }
-  return text;
+  return ModelText::Describe(TimelineConverter::ToTimeline(
+             sequence.playlist, TimelineConverter::FromTrackItems, sequence.assets)) +
+         ModelText::Describe(TimelineConverter::ToTimeline(
+             sequence.playlist, TimelineConverter::FromPlaylist, sequence.assets)) +
+         reliability::Describe(TimelineConverter::ListAssetsFromPlaylist(sequence.playlist));
 }
-
-struct ThreadResults {
-  std::vector<std::string> shared;
-  std::vector<std::string> own;
-  std::string refusal;
-};
 
 }  // namespace
 
 int main() {
-  const reliability::RepresentativeSequence shared = reliability::MakeRepresentativeSequence();
+  const reliability::RepresentativeSequence shared;
   const std::string input = reliability::Describe(shared);
-
   std::atomic<int> ready{0};
-  std::vector<ThreadResults> results(kThreads);
+  // Per thread, the texts of the shared and of its own sequence in turn, or a refusal.
+  std::vector<std::vector<std::string>> results(kThreads);
   std::vector<std::thread> threads;
   for (int t = 0; t < kThreads; ++t) {
     threads.emplace_back([&, t] {
-      const reliability::RepresentativeSequence own = reliability::MakeRepresentativeSequence();
+      const reliability::RepresentativeSequence own;
       ready.fetch_add(1);
       while (ready.load() < kThreads) {
         std::this_thread::yield();
       }
       try {
         for (int round = 0; round < kRounds; ++round) {
-          results[t].shared.push_back(ConvertAll(shared));
-          results[t].own.push_back(ConvertAll(own));
+          results[t].push_back(ConvertAll(shared));
+          results[t].push_back(ConvertAll(own));
         }
       } catch (const std::exception& error) {
-        results[t].refusal = error.what();
+        results[t].push_back(std::string("refused: ") + error.what());
       }
     });
   }
   for (std::thread& thread : threads) {
     thread.join();
   }
-
   const std::string reference = ConvertAll(shared);
   int mismatches = 0;
   for (int t = 0; t < kThreads; ++t) {
-    if (!results[t].refusal.empty()) {
-      std::fprintf(stderr, "thread %d: refused: %s\n", t, results[t].refusal.c_str());
-      ++mismatches;
-    }
-    for (const auto* texts : {&results[t].shared, &results[t].own}) {
-      for (const std::string& text : *texts) {
-        if (text != reference) {
-          std::fprintf(stderr, "thread %d: a result differs from the single-threaded one\n", t);
-          ++mismatches;
-        }
+    for (const std::string& text : results[t]) {
+      if (text != reference) {
+        std::fprintf(stderr, "thread %d: not the single-threaded result: %.200s\n", t,
+                     text.c_str());
+        ++mismatches;
       }
     }
   }

@@ -5,23 +5,35 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
+#include "ModelText.h"
 #include "support/PlaylistBuilders.h"
 
 namespace reliability {
 
+// Every new one holds equal values and assets of its own.
 struct RepresentativeSequence {
   Kov::Replivo::Data::Sequences::Playlist playlist = testing_support::HighlightPlaylist();
   std::shared_ptr<Kov::DataModel::MediaAssets::MediaAssetMap> assets =
       testing_support::HighlightAssets();
 };
 
-// A new sequence with assets of its own; every call gives equal values.
-inline RepresentativeSequence MakeRepresentativeSequence() {
-  return {};
+// Its text form: equal texts mean unchanged bytes, shared objects and owners.
+inline std::string Describe(const RepresentativeSequence& sequence) {
+  std::string text = ModelText::Describe(sequence.playlist) + ModelText::Describe(*sequence.assets);
+  ModelText::Number(text, "mapOwners", sequence.assets.use_count());
+  return text;
 }
 
-// Its text form: equal texts mean unchanged bytes, shared objects and owners.
-std::string Describe(const RepresentativeSequence& sequence);
+// The text of an asset listing.
+inline std::string Describe(
+    const std::vector<Kov::BusinessEntityModel::BaseTypes::Identifier>& ids) {
+  std::string text;
+  for (const auto& id : ids) {
+    text += id.Text() + " ";
+  }
+  return text;
+}
 
 }  // namespace reliability
