@@ -25,7 +25,9 @@ bool failureInjected = false;
 
 }  // namespace
 
-void* operator new(std::size_t size) {
+namespace {
+
+void* CountedAllocate(std::size_t size) {
   if (allocationsBeforeFailure == 0) {
     allocationsBeforeFailure = -1;
     failureInjected = true;
@@ -41,25 +43,23 @@ void* operator new(std::size_t size) {
   ++liveAllocations;
   return memory;
 }
-void operator delete(void* memory) noexcept {
+
+void CountedRelease(void* memory) noexcept {
   if (memory != nullptr) {
     --liveAllocations;
     std::free(memory);
   }
 }
-// The array and sized forms too, as a sanitizer runtime replaces them all.
-void* operator new[](std::size_t size) {
-  return operator new(size);
-}
-void operator delete[](void* memory) noexcept {
-  operator delete(memory);
-}
-void operator delete(void* memory, std::size_t) noexcept {
-  operator delete(memory);
-}
-void operator delete[](void* memory, std::size_t) noexcept {
-  operator delete(memory);
-}
+
+}  // namespace
+
+// Every form, as a sanitizer runtime replaces them all.
+void* operator new(std::size_t size) { return CountedAllocate(size); }
+void* operator new[](std::size_t size) { return CountedAllocate(size); }
+void operator delete(void* memory) noexcept { CountedRelease(memory); }
+void operator delete[](void* memory) noexcept { CountedRelease(memory); }
+void operator delete(void* memory, std::size_t) noexcept { CountedRelease(memory); }
+void operator delete[](void* memory, std::size_t) noexcept { CountedRelease(memory); }
 
 namespace {
 
