@@ -46,7 +46,8 @@ for command in "${commands[@]}"; do
       read -r status run_user run_system run_peak_kb < <(
         /usr/bin/time -f "%x %U %S %M" "$tool" "$command" "$document" 2>&1 >/dev/null |
           tail -n 1)
-      if [ "$status" != 0 ]; then
+      # check exits 3 when it has findings, which a generated document has.
+      if [ "$status" != 0 ] && ! { [ "$command" = check ] && [ "$status" = 3 ]; }; then
         echo "$command failed on $document (exit status $status)" >&2
         exit 1
       fi
