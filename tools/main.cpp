@@ -127,10 +127,9 @@ int Run(Command command, const Options& options) {
       const auto checked = TimelineConvert::CheckDocument(document, mode);
       refusal = checked.refusal;
       status = TimelineConvert::CheckExitStatus(checked);
-      write = [listing = TimelineConvert::CheckListing(InputName(options.input), checked,
-                                                       jsonErrors)](std::ostream& out) {
-        out << listing;
-      };
+      write = [listing =
+                   TimelineConvert::CheckListing(InputName(options.input), checked, jsonErrors)](
+                  std::ostream& out) { out << listing; };
     } else if (command == Command::Assets) {
       write = [listing = TimelineConvert::ListUsedAssets(document)](std::ostream& out) {
         out << listing;

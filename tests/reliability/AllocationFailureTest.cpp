@@ -54,12 +54,24 @@ void CountedRelease(void* memory) noexcept {
 }  // namespace
 
 // Every form, as a sanitizer runtime replaces them all.
-void* operator new(std::size_t size) { return CountedAllocate(size); }
-void* operator new[](std::size_t size) { return CountedAllocate(size); }
-void operator delete(void* memory) noexcept { CountedRelease(memory); }
-void operator delete[](void* memory) noexcept { CountedRelease(memory); }
-void operator delete(void* memory, std::size_t) noexcept { CountedRelease(memory); }
-void operator delete[](void* memory, std::size_t) noexcept { CountedRelease(memory); }
+void* operator new(std::size_t size) {
+  return CountedAllocate(size);
+}
+void* operator new[](std::size_t size) {
+  return CountedAllocate(size);
+}
+void operator delete(void* memory) noexcept {
+  CountedRelease(memory);
+}
+void operator delete[](void* memory) noexcept {
+  CountedRelease(memory);
+}
+void operator delete(void* memory, std::size_t) noexcept {
+  CountedRelease(memory);
+}
+void operator delete[](void* memory, std::size_t) noexcept {
+  CountedRelease(memory);
+}
 
 namespace {
 

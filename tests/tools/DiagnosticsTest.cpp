@@ -88,15 +88,17 @@ TEST(Diagnostics, ErrorsAsJsonHoldTheFieldsThatApply) {
                 "\n");
   const std::string input = WorkPath("broken.json");
   tool_testing::WriteFile(input, R"({"playlist": {}, "assets": []})");
-  EXPECT_EQ(RunTool("assets --errors json - < '" + input + "'").err,
-            R"({"status":"malformed","message":"missing field \"serverId\"","file":"standard input",)"
-            R"("pointer":"/playlist"})"
-            "\n");
+  EXPECT_EQ(
+      RunTool("assets --errors json - < '" + input + "'").err,
+      R"({"status":"malformed","message":"missing field \"serverId\"","file":"standard input",)"
+      R"("pointer":"/playlist"})"
+      "\n");
   tool_testing::WriteFile(input, R"({"playlist" 1})");
-  EXPECT_EQ(RunTool("convert --errors json - < '" + input + "'").err,
-            R"({"status":"malformed","message":"syntax error while parsing object separator - )"
-            R"(unexpected number literal; expected ':'","file":"standard input","line":1,"column":13})"
-            "\n");
+  EXPECT_EQ(
+      RunTool("convert --errors json - < '" + input + "'").err,
+      R"({"status":"malformed","message":"syntax error while parsing object separator - )"
+      R"(unexpected number literal; expected ':'","file":"standard input","line":1,"column":13})"
+      "\n");
   EXPECT_EQ(RunTool("check --errors json /nonexistent.json").err,
             R"({"status":"io","message":"cannot read: No such file or directory",)"
             R"("file":"/nonexistent.json"})"
