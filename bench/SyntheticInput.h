@@ -1,12 +1,14 @@
-// Synthetic playlists and asset maps for measuring the conversion: a playlist
-// of audio-video elements that cycles through every pair of boundary kinds,
-// opens most elements with video and audio transitions of both effect kinds,
-// changes speed now and then and plays a map of assets many times over; each
-// asset has track layouts and its recorded material split into a chosen number
-// of ranges. The same element count always gives the same playlist.
+// Synthetic playlists and asset maps for measuring the conversion, made by the
+// sequence generator that the tests and the fuzzer use
+// (tests/support/SequenceGenerator.h): audio-video elements with every pair of
+// boundary kinds, video and audio transitions of both effect kinds, speed
+// changes, played over a map of assets named by camera and take, each with a
+// track layout and its recorded material split into a chosen number of ranges.
+// The same element count always gives the same playlist.
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 
 #include <TimelineEngineConversion/TimelineEngineConversion.h>
@@ -24,9 +26,9 @@ struct SyntheticInput {
 };
 
 // A playlist of elementCount audio-video elements with an aux clip, and the map
-// of its kAssetCount assets, each recorded as rangesPerAsset ranges (a divisor
-// of 2 * kAssetFrames, so that every count gives the same asset durations and
-// therefore the same timeline).
+// of its kAssetCount assets, each recorded as rangesPerAsset ranges (1 to
+// kAssetFrames) that hold kAssetFrames frames together, so that every count
+// gives the same asset durations and therefore the same timeline.
 SyntheticInput MakeSyntheticInput(std::size_t elementCount, std::size_t rangesPerAsset);
 
 }  // namespace TimelineEngineBench

@@ -156,7 +156,10 @@ inline Assets::MediaAsset MakeAsset(const std::string& clip, SeededRandom& rando
                                     const SequenceShape& shape, std::int64_t& frames) {
   Assets::MediaAsset asset;
   asset.id = AssetIdOf(clip.c_str());
-  frames = AddRanges(asset, random, shape);
+  // The ranges draw from a stream of their own: with a fixed material length,
+  // every range count gives the same asset otherwise.
+  SeededRandom ranges(random.Next());
+  frames = AddRanges(asset, ranges, shape);
   const auto& first = *asset.timeBounds.begin();
   const std::int64_t shortIn = random.Between(0, frames);
   const std::int64_t shortLength = random.Between(0, frames);
