@@ -4,10 +4,10 @@
 // kinds, speed changes, video and audio transitions of every alignment, and
 // assets recorded in 1 to 100 ranges. Used by the unit tests, the fuzzer and
 // the benchmarks, so all three meet the same inputs. The draws are the same on
-// every platform (no standard distribution is used), the assets and the
-// elements come from streams of their own, and a planted refusal comes from a
-// third, so that changing the shape of one part never moves the others.
-// Free of the test framework.
+// every platform (no standard distribution is used), and the assets, the
+// elements and a planted refusal each come from a stream of their own, so that
+// changing the shape of one part never moves the others. Free of the test
+// framework.
 #pragma once
 
 #include <TimelineEngineConversion/TimelineEngineConversion.h>
@@ -15,7 +15,6 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <limits>
 #include <memory>
 #include <string>
 #include <utility>
@@ -36,18 +35,16 @@ class SeededRandom {
     value = (value ^ (value >> 27)) * 0x94D049BB133111EBu;
     return value ^ (value >> 31);
   }
-
   // A number in [low, high].
   std::int64_t Between(std::int64_t low, std::int64_t high) {
-    const auto span = static_cast<std::uint64_t>(high - low) + 1;
-    return low + static_cast<std::int64_t>(span == 0 ? Next() : Next() % span);
+    return low + static_cast<std::int64_t>(Next() % (static_cast<std::uint64_t>(high - low) + 1));
   }
-
-  bool OneIn(std::int64_t n) { return Between(1, n) == 1; }
-
+  // An index below count (> 0).
+  std::size_t Below(std::size_t count) { return static_cast<std::size_t>(Next() % count); }
+  bool OneIn(std::size_t n) { return Below(n) == 0; }
   template <typename T, std::size_t N>
   const T& Pick(const T (&values)[N]) {
-    return values[static_cast<std::size_t>(Between(0, N - 1))];
+    return values[Below(N)];
   }
 
  private:
@@ -87,26 +84,21 @@ struct GeneratedSequence {
 // isolated feeds "ISO01-T001", takes counting fastest, so that neighbouring
 // clips differ only after their 8th character.
 inline std::string GeneratedClipText(std::size_t n) {
-  const std::size_t family = n % 3;
-  const std::size_t take = n / 3 % 40 + 1;
-  const std::size_t source = n / 120;
-  const auto digits = [](std::size_t value, std::size_t width) {
-    std::string text = std::to_string(value);
-    return std::string(width > text.size() ? width - text.size() : 0, '0') + text;
-  };
-  const char letter = static_cast<char>('A' + source % 26);
-  if (family == 0) {
-    return std::string("CAMERA-") + letter + digits(take + 40 * (source / 26), 3);
+  const std::string take = std::to_string(1001 + n / 3 % 40 + n / 120 / 26 * 40);
+  const char source = static_cast<char>('A' + n / 120 % 26);
+  switch (n % 3) {
+    case 0:
+      return std::string("CAMERA-") + source + take.substr(1);
+    case 1:
+      return std::string("CAM-") + source + "-" + take;
+    default:
+      return "ISO" + std::to_string(10 + n / 120 % 90) + "-T" + take.substr(1);
   }
-  if (family == 1) {
-    return std::string("CAM-") + letter + "-" + digits(take + 40 * (source / 26), 4);
-  }
-  return "ISO" + digits(source % 100, 2) + "-T" + digits(take + 40 * (source / 100), 3);
 }
 
 namespace generator_detail {
 
-constexpr std::int64_t kShortestPart = 36;  // frames of an element's side, at least
+constexpr std::int64_t kShortestSide = 36;  // frames: no transition (15 at most) outlasts it
 constexpr std::int64_t kLongestTransitionFields = 30;
 
 inline std::uint64_t StreamSeed(std::uint64_t seed, std::uint64_t stream) {
@@ -117,17 +109,15 @@ inline std::uint64_t StreamSeed(std::uint64_t seed, std::uint64_t stream) {
 inline std::int64_t AddRanges(Assets::MediaAsset& asset, SeededRandom& random,
                               const SequenceShape& shape) {
   const auto count = static_cast<std::int64_t>(
-      random.Between(static_cast<std::int64_t>(shape.minRanges),
-                     static_cast<std::int64_t>(std::max(shape.minRanges, shape.maxRanges))));
+      shape.minRanges +
+      random.Below(std::max(shape.minRanges, shape.maxRanges) - shape.minRanges + 1));
   std::int64_t field = random.Between(0, 1000000);
   std::int64_t frames = 0;
   for (std::int64_t r = 0; r < count; ++r) {
-    std::int64_t fields = 0;
-    if (shape.assetFrames > 0) {
-      fields = 2 * (shape.assetFrames / count + (r < shape.assetFrames % count ? 1 : 0));
-    } else {
-      fields = random.Between(r == 0 ? 2 * 2 * kShortestPart : 2, 3000);
-    }
+    const std::int64_t fields =
+        shape.assetFrames > 0
+            ? 2 * (shape.assetFrames / count + (r < shape.assetFrames % count ? 1 : 0))
+            : random.Between(r == 0 ? 4 * kShortestSide : 2, 3000);
     asset.timeBounds.Insert(FieldRange(field, field + fields));
     frames += fields / 2;
     field += fields + random.Between(1, 5000);
@@ -135,13 +125,14 @@ inline std::int64_t AddRanges(Assets::MediaAsset& asset, SeededRandom& random,
   return frames;
 }
 
+// One resource with a layout of a picture track among two, four or eight sound tracks.
 inline void AddTrackLayout(Assets::MediaAsset& asset, SeededRandom& random) {
   auto resource = std::make_shared<Assets::MediaResource>();
   auto layout = std::make_shared<Assets::TrackLayout>();
   layout->id = Identifier("layout");
-  const std::int64_t tracks = 1 + (std::int64_t{2} << random.Between(0, 2));
-  const std::int64_t picture = random.Between(0, tracks - 1);
-  for (std::int64_t t = 0; t < tracks; ++t) {
+  const std::size_t tracks = 1 + (std::size_t{2} << random.Below(3));
+  const std::size_t picture = random.Below(tracks);
+  for (std::size_t t = 0; t < tracks; ++t) {
     auto track = std::make_shared<Assets::Track>(
         Assets::Track{Identifier("track-" + std::to_string(t)), "", t == picture ? 2 : 0});
     layout->entries.push_back({track->id.Text(), "", track});
@@ -160,11 +151,9 @@ inline Assets::MediaAsset MakeAsset(const std::string& clip, SeededRandom& rando
   // every range count gives the same asset otherwise.
   SeededRandom ranges(random.Next());
   frames = AddRanges(asset, ranges, shape);
-  const auto& first = *asset.timeBounds.begin();
-  const std::int64_t shortIn = random.Between(0, frames);
-  const std::int64_t shortLength = random.Between(0, frames);
-  asset.shortBounds = {{first.start.value + shortIn * kTicksPerField, 0},
-                       {first.start.value + (shortIn + shortLength) * kTicksPerField, 0}};
+  const std::int64_t start = asset.timeBounds.begin()->start.value / kTicksPerField;
+  const std::int64_t shortIn = start + random.Between(0, frames);
+  asset.shortBounds = FieldRange(shortIn, shortIn + random.Between(0, frames));
   auto profile = std::make_shared<Assets::KytOperatorMetadataProfile>();
   profile->videoRate = random.OneIn(4) ? 25 : 50;
   asset.metadataProfiles[Assets::KytOperatorMetadataProfile::StaticFullyQualifiedName()] = profile;
@@ -197,48 +186,22 @@ inline std::pair<std::int64_t, std::int64_t> BoundaryValues(std::int32_t inKind,
   return {in, out};
 }
 
-inline void SetTransitions(Sequences::AudioVideoElement& element, SeededRandom& random) {
-  static constexpr std::int32_t kVideoKinds[] = {VideoTransition::kCut,
-                                                 VideoTransition::kOverlapping,
-                                                 5,
-                                                 11,
-                                                 VideoTransition::kEndingAtCut,
-                                                 VideoTransition::kStartingAtCut,
-                                                 VideoTransition::kCentredOnCut};
-  static constexpr std::int32_t kAudioKinds[] = {AudioTransition::kNone,
-                                                 1,
-                                                 2,
-                                                 AudioTransition::kOverlapping,
-                                                 AudioTransition::kOverlappingFixed,
-                                                 5,
-                                                 AudioTransition::kEndingAtCut,
-                                                 AudioTransition::kStartingAtCut,
-                                                 AudioTransition::kCentredOnCut};
-  if (!random.OneIn(5)) {
-    element.transitionType = random.Pick(kVideoKinds);
-    element.videoTransitionDuration =
-        static_cast<std::int32_t>(random.Between(0, kLongestTransitionFields));
-  }
-  if (!random.OneIn(3)) {
-    element.audioTransitionType = random.Pick(kAudioKinds);
-    element.audioTransitionDuration =
-        static_cast<std::int32_t>(random.Between(0, kLongestTransitionFields));
-  }
-}
-
-// Element playing a part of the clip: each side at least kShortestPart frames
-// long, so that no transition (at most 15 frames) outlasts it even at double speed.
+// An element playing a part of its clip; the first one opens with no transition.
 inline Sequences::AudioVideoElement MakeElement(std::size_t i, const std::string& clip,
                                                 std::int64_t material, SeededRandom& random) {
   static constexpr std::int32_t kKinds[] = {Conversion::SameLimit, Conversion::OppositeLimit,
                                             Conversion::OtherBoundary};
   static const Data::Channels::Speed kSpeeds[] = {{1, 2}, {2, 1}, {3, 2}, {1, 1}, {0, 5}};
+  // Video: a cut, overlapping (2 to 11), ending at, starting at and centred on the cut.
+  static constexpr std::int32_t kVideoKinds[] = {1, 2, 5, 11, 12, 13, 14};
+  // Audio: none, fixed lengths (1, 4), overlapping (3 to 5), aligned with the cut (6 to 8).
+  static constexpr std::int32_t kAudioKinds[] = {0, 1, 2, 3, 4, 5, 6, 7, 8};
   Sequences::AudioVideoElement element;
   element.umId = Data::Clips::UmId(clip.c_str());
   element.inBoundaryKind = random.Pick(kKinds);
   element.outBoundaryKind = random.Pick(kKinds);
   const std::int64_t length = random.Between(
-      kShortestPart + 4, std::max(kShortestPart + 4, std::min<std::int64_t>(material, 600)));
+      kShortestSide + 4, std::max(kShortestSide + 4, std::min<std::int64_t>(material, 600)));
   const std::int64_t start = random.Between(0, std::max<std::int64_t>(0, material - length));
   const std::int64_t audioLength = length - random.Between(0, 4);
   const std::int64_t audioStart = start + random.Between(0, length - audioLength);
@@ -253,8 +216,15 @@ inline Sequences::AudioVideoElement MakeElement(std::size_t i, const std::string
   if (random.OneIn(8)) {
     element.speed = random.Pick(kSpeeds);
   }
-  if (i > 0) {
-    SetTransitions(element, random);
+  if (i > 0 && !random.OneIn(5)) {
+    element.transitionType = random.Pick(kVideoKinds);
+    element.videoTransitionDuration =
+        static_cast<std::int32_t>(random.Between(0, kLongestTransitionFields));
+  }
+  if (i > 0 && !random.OneIn(3)) {
+    element.audioTransitionType = random.Pick(kAudioKinds);
+    element.audioTransitionDuration =
+        static_cast<std::int32_t>(random.Between(0, kLongestTransitionFields));
   }
   return element;
 }
@@ -262,7 +232,7 @@ inline Sequences::AudioVideoElement MakeElement(std::size_t i, const std::string
 // Makes the element one that the conversion refuses.
 inline void PlantRefusal(Sequences::AudioVideoElement& element, const std::string& missingClip,
                          SeededRandom& random) {
-  switch (random.Between(0, 4)) {
+  switch (random.Below(5)) {
     case 0:
       element.umId = Data::Clips::UmId(missingClip.c_str());
       break;
@@ -289,7 +259,6 @@ inline GeneratedSequence GenerateSequence(std::uint64_t seed, const SequenceShap
   using namespace generator_detail;
   GeneratedSequence generated;
   generated.assets = std::make_shared<Assets::MediaAssetMap>();
-  generated.assets->reserve(shape.clips + shape.unusedAssets);
   std::vector<std::int64_t> material(shape.clips + shape.unusedAssets);
   for (std::size_t a = 0; a < material.size(); ++a) {
     SeededRandom random(StreamSeed(seed, 16 + a));
@@ -298,28 +267,22 @@ inline GeneratedSequence GenerateSequence(std::uint64_t seed, const SequenceShap
   }
 
   SeededRandom random(StreamSeed(seed, 1));
-  // Every clip once, then clips drawn again, mostly from the last few (replays).
+  // Every clip once, then clips drawn again, often one of the last few (a replay).
   std::vector<std::size_t> plays;
   for (std::size_t i = 0; i < shape.elements && shape.clips > 0; ++i) {
-    if (i < shape.clips) {
-      plays.push_back(i);
-    } else if (random.OneIn(3)) {
-      const auto back = static_cast<std::size_t>(random.Between(0, 7)) % plays.size();
-      plays.push_back(plays[plays.size() - 1 - back]);
-    } else {
-      plays.push_back(
-          static_cast<std::size_t>(random.Between(0, static_cast<std::int64_t>(shape.clips) - 1)));
-    }
+    plays.push_back(i < shape.clips   ? i
+                    : random.OneIn(3) ? plays[plays.size() - 1 - random.Below(8) % plays.size()]
+                                      : random.Below(shape.clips));
   }
   for (std::size_t i = plays.size(); i > 1; --i) {
-    std::swap(plays[i - 1],
-              plays[static_cast<std::size_t>(random.Between(0, static_cast<std::int64_t>(i) - 1))]);
+    std::swap(plays[i - 1], plays[random.Below(i)]);
   }
 
   Sequences::Playlist& playlist = generated.playlist;
   playlist.serverId = Data::Servers::ServerId(static_cast<std::uint32_t>(random.Between(1, 9)));
   playlist.umId = Data::Clips::UmId(("SEQ" + std::to_string(seed % 100000000)).c_str());
   playlist.rate = Kov::TimePoints::VideoRates::Rate50();
+  playlist.number = static_cast<std::uint32_t>(plays.size());
   const auto playlistNumber = static_cast<std::int32_t>(random.Between(1, 999));
   for (std::size_t i = 0; i < plays.size(); ++i) {
     auto element = MakeElement(i, GeneratedClipText(plays[i]), material[plays[i]], random);
@@ -329,19 +292,13 @@ inline GeneratedSequence GenerateSequence(std::uint64_t seed, const SequenceShap
     element.playlistNumber = playlistNumber;
     playlist.audioVideoTrack.elements.push_back(element);
   }
-  playlist.number = static_cast<std::uint32_t>(plays.size());
   playlist.durationInFields = random.Between(0, 600 * static_cast<std::int64_t>(plays.size()));
   if (shape.auxClip && shape.clips > 0) {
-    playlist.auxTrackUmId =
-        Data::Clips::UmId(GeneratedClipText(static_cast<std::size_t>(random.Between(
-                                                0, static_cast<std::int64_t>(shape.clips) - 1)))
-                              .c_str());
+    playlist.auxTrackUmId = Data::Clips::UmId(GeneratedClipText(random.Below(shape.clips)).c_str());
   }
-
   if (shape.plantRefusal && plays.size() > 1) {
     SeededRandom plant(StreamSeed(seed, 2));
-    generated.refusedElement =
-        static_cast<std::size_t>(plant.Between(1, static_cast<std::int64_t>(plays.size()) - 1));
+    generated.refusedElement = 1 + plant.Below(plays.size() - 1);
     PlantRefusal(playlist.audioVideoTrack.elements[generated.refusedElement],
                  GeneratedClipText(material.size()), plant);
   }
