@@ -103,6 +103,7 @@ class SideWriter {
     if (found != input_.elements.end()) {
       place.element = found->second;
     }
+    place.aux = !place.itemId.empty() && place.itemId == input_.auxItemId;
     place.clip = clip;
     return place;
   }
@@ -270,9 +271,9 @@ class SideWriter {
         Approximate(fxPlace, "transition of no length left out.");
       } else if (effect.kind != kOverlappingKind) {
         Approximate(fxPlace, "transition of kind " + std::to_string(effect.kind) + " (" +
-                                 Frames(effect.duration) +
-                                 " around the cut) written as a cut: a list's dissolve "
-                                 "overlaps the items.");
+                                 Frames(effect.duration) + ", " + std::to_string(effect.offset) +
+                                 " of them before the cut) written as a cut: a list's dissolve "
+                                 "needs the items to overlap.");
       } else if (overlap <= 0) {
         event.dissolveLength = std::min(effect.duration, event.timelineDuration);
         event.fromBlack = true;
@@ -375,39 +376,6 @@ class SideWriter {
 };
 
 }  // namespace
-
-const char* EdlSideName(EdlSide side) {
-  switch (side) {
-    case EdlSide::Picture:
-      return "picture";
-    case EdlSide::Sound:
-      return "sound";
-    case EdlSide::Aux:
-      break;
-  }
-  return "aux";
-}
-
-std::optional<EdlSide> EdlSideFromName(const std::string& name) {
-  for (const EdlSide side : {EdlSide::Picture, EdlSide::Sound, EdlSide::Aux}) {
-    if (name == EdlSideName(side)) {
-      return side;
-    }
-  }
-  return std::nullopt;
-}
-
-std::string EdlPlace::Text() const {
-  const std::string clipText = clip.empty() ? "" : "clip " + clip;
-  if (element) {
-    return "element " + std::to_string(element->number) + " (item " +
-           std::to_string(element->itemNumber) + (clipText.empty() ? "" : ", " + clipText) + ")";
-  }
-  if (itemId.empty()) {
-    return "the list";
-  }
-  return "item " + itemId + (clipText.empty() ? "" : " (" + clipText + ")");
-}
 
 std::vector<EdlSide> EdlSidesOf(const Engine::Timeline& timeline) {
   std::vector<EdlSide> sides;

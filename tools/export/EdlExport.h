@@ -38,6 +38,8 @@ struct EdlExportInput {
   // missing here is named by its identifier and its speed is read from its
   // media and timeline lengths.
   std::map<std::string, EdlElement> elements;
+  // The aux clip's engine item, named as the aux clip.
+  std::string auxItemId;
 };
 
 // The picture and the sound of the main track, the sound of the aux track.
@@ -50,8 +52,10 @@ std::optional<EdlSide> EdlSideFromName(const std::string& name);
 struct EdlPlace {
   std::string itemId;
   std::optional<EdlElement> element;
+  bool aux = false;
   std::string clip;
-  // "element 3 (item 3, clip CAM-A)", or "item <id> (clip CAM-A)".
+  // "element 3 (item 3, clip CAM-A)", "the aux clip (clip CAM-A)", or
+  // "item <id> (clip CAM-A)".
   std::string Text() const;
 };
 
@@ -72,7 +76,8 @@ struct EdlResult {
 // The sides of the timeline that play anything, in the order above.
 std::vector<EdlSide> EdlSidesOf(const Kov::TimelineEngineModel::Timeline& timeline);
 
-// The list of one side. Never throws for any timeline or input.
+// The list of one side. Throws nothing but std::bad_alloc, whatever the
+// timeline and input hold.
 EdlResult TimelineToEdl(const Kov::TimelineEngineModel::Timeline& timeline,
                         const EdlExportInput& input, EdlSide side);
 

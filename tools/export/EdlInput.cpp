@@ -22,6 +22,11 @@ EdlExportInput EdlInputFromDocument(const PlaylistDocument& document) {
     input.elements[itemId] = EdlElement{source.number, source.itemNumber, source.speedNumerator,
                                         source.speedDenominator};
   }
+  for (const auto& [itemId, number] : labels.itemNumbers) {
+    if (number == "aux") {
+      input.auxItemId = itemId;
+    }
+  }
   return input;
 }
 

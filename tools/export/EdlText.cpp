@@ -47,6 +47,9 @@ std::string SpeedLine(const EdlEvent& event, const TimecodeBase& base) {
 }
 
 std::string ElementComment(const EdlPlace& place) {
+  if (place.aux) {
+    return "* AUX CLIP\n";
+  }
   if (place.element) {
     return "* ELEMENT " + std::to_string(place.element->number) + " ITEM " +
            std::to_string(place.element->itemNumber) + "\n";
@@ -85,6 +88,42 @@ std::string EventText(std::size_t number, const EdlEvent& event,
 }
 
 }  // namespace
+
+const char* EdlSideName(EdlSide side) {
+  switch (side) {
+    case EdlSide::Picture:
+      return "picture";
+    case EdlSide::Sound:
+      return "sound";
+    case EdlSide::Aux:
+      break;
+  }
+  return "aux";
+}
+
+std::optional<EdlSide> EdlSideFromName(const std::string& name) {
+  for (const EdlSide side : {EdlSide::Picture, EdlSide::Sound, EdlSide::Aux}) {
+    if (name == EdlSideName(side)) {
+      return side;
+    }
+  }
+  return std::nullopt;
+}
+
+std::string EdlPlace::Text() const {
+  const std::string clipText = clip.empty() ? "" : "clip " + clip;
+  if (element) {
+    return "element " + std::to_string(element->number) + " (item " +
+           std::to_string(element->itemNumber) + (clipText.empty() ? "" : ", " + clipText) + ")";
+  }
+  if (aux) {
+    return "the aux clip" + (clipText.empty() ? "" : " (" + clipText + ")");
+  }
+  if (itemId.empty()) {
+    return "the list";
+  }
+  return "item " + itemId + (clipText.empty() ? "" : " (" + clipText + ")");
+}
 
 std::string EdlSafeText(const std::string& text) {
   std::string safe = text;
