@@ -46,15 +46,22 @@ std::string SpeedLine(const EdlEvent& event, const TimecodeBase& base) {
   return line;
 }
 
-std::string ElementComment(const EdlPlace& place) {
+// Which item the event comes from, and its exact speed where the M2 line
+// rounds it.
+std::string ElementComment(const EdlEvent& event) {
+  const EdlPlace& place = event.place;
+  std::string comment = "* ENGINE ITEM " + place.itemId;
   if (place.aux) {
-    return "* AUX CLIP\n";
+    comment = "* AUX CLIP";
+  } else if (place.element) {
+    comment = "* ELEMENT " + std::to_string(place.element->number) + " ITEM " +
+              std::to_string(place.element->itemNumber);
   }
-  if (place.element) {
-    return "* ELEMENT " + std::to_string(place.element->number) + " ITEM " +
-           std::to_string(place.element->itemNumber) + "\n";
+  if (!event.speedText.text.empty()) {
+    comment += " SPEED " + std::to_string(event.speedNumerator) + "/" +
+               std::to_string(event.speedDenominator);
   }
-  return "* ENGINE ITEM " + place.itemId + "\n";
+  return comment + "\n";
 }
 
 std::string EventText(std::size_t number, const EdlEvent& event,
@@ -65,7 +72,7 @@ std::string EventText(std::size_t number, const EdlEvent& event,
                      event.recordIn, event.recordOut, base);
     text += SpeedLine(event, base);
     text += "* FROM CLIP NAME:  " + event.clip + "\n";
-    return text + ElementComment(event.place);
+    return text + ElementComment(event);
   }
   const EdlEvent* outgoing = event.from ? &events[*event.from] : nullptr;
   if (outgoing != nullptr) {
@@ -84,7 +91,7 @@ std::string EventText(std::size_t number, const EdlEvent& event,
     text += "* FROM CLIP NAME:  " + outgoing->clip + "\n";
   }
   text += "* TO CLIP NAME:  " + event.clip + "\n";
-  return text + ElementComment(event.place);
+  return text + ElementComment(event);
 }
 
 }  // namespace

@@ -114,7 +114,7 @@ TEST(EdlExport, WritesEachRuleOrNamesTheProblem) {
        {a, Media("b", 120, 50, 20, 25)},
        cutA + "002  CAMB     V     C        00:00:00:20 00:00:01:20 00:00:04:20 00:00:06:20\n"
               "M2   CAMB           012.5                00:00:00:20\n"
-              "* FROM CLIP NAME:  CAM-B\n* ELEMENT 2 ITEM 12\n"},
+              "* FROM CLIP NAME:  CAM-B\n* ELEMENT 2 ITEM 12 SPEED 1/2\n"},
       // The dissolve starts at the incoming item's engine IN; the outgoing
       // event ends there and its source runs on under the dissolve.
       {"Dissolve",
@@ -123,19 +123,19 @@ TEST(EdlExport, WritesEachRuleOrNamesTheProblem) {
            "002  CAMA     V     C        00:00:05:15 00:00:05:15 00:00:03:15 00:00:03:15\n"
            "002  CAMB     V     D    010 00:00:00:20 00:00:01:20 00:00:03:15 00:00:05:15\n"
            "M2   CAMB           012.5                00:00:00:20\n"
-           "* FROM CLIP NAME:  CAM-A\n* TO CLIP NAME:  CAM-B\n* ELEMENT 2 ITEM 12\n"},
+           "* FROM CLIP NAME:  CAM-A\n* TO CLIP NAME:  CAM-B\n* ELEMENT 2 ITEM 12 SPEED 1/2\n"},
       // Speed 1/2 over 40 frames uses 20 media frames: source OUT is IN + 20,
       // where the common adapter writes IN + 40 / 0.5 = IN + 80.
       {"SlowMotionSourceOut",
        {Media("b", 0, 40, 10, 20)},
        "001  CAMB     V     C        00:00:00:10 00:00:01:05 00:00:00:00 00:00:01:15\n"
        "M2   CAMB           012.5                00:00:00:10\n"
-       "* FROM CLIP NAME:  CAM-B\n* ELEMENT 2 ITEM 12\n"},
+       "* FROM CLIP NAME:  CAM-B\n* ELEMENT 2 ITEM 12 SPEED 1/2\n"},
       {"SpeedRoundedAndHalfFrame",
        {Media("c", 0, 30, 0, 10), dissolve, Media("a", 25, 100, 50, 100)},
        "001  c        V     C        00:00:00:00 00:00:00:08 00:00:00:00 00:00:01:00\n"
        "M2   c              008.3                00:00:00:00\n"
-       "* FROM CLIP NAME:  c\n* ENGINE ITEM c\n"
+       "* FROM CLIP NAME:  c\n* ENGINE ITEM c SPEED 1/3\n"
        "002  c        V     C        00:00:00:08 00:00:00:08 00:00:01:00 00:00:01:00\n"
        "002  CAMA     V     D    005 00:00:02:00 00:00:06:00 00:00:01:00 00:00:05:00\n"
        "M2   c              008.3                00:00:00:00\n"
@@ -150,7 +150,7 @@ TEST(EdlExport, WritesEachRuleOrNamesTheProblem) {
         Media("a", 150, 10, 0, 10)},
        cutA + "002  CAMB     V     C        00:00:00:20 00:00:01:20 00:00:04:00 00:00:06:00\n"
               "M2   CAMB           012.5                00:00:00:20\n"
-              "* FROM CLIP NAME:  CAM-B\n* ELEMENT 2 ITEM 12\n"
+              "* FROM CLIP NAME:  CAM-B\n* ELEMENT 2 ITEM 12 SPEED 1/2\n"
               "003  CAMA     V     C        00:00:00:00 00:00:00:10 00:00:06:00 00:00:06:10\n"
               "* FROM CLIP NAME:  CAM-A\n* ELEMENT 1 ITEM 11\n"
               "~ item w (clip CAM-B): transition of kind 1 (12 frames, 6 of them before the cut) "
