@@ -165,7 +165,8 @@ class SideWriter {
       } else if (media == nullptr || type != Engine::MediaSummary) {
         Problem(PlaceOf(*item),
                 "has the unknown type " + std::to_string(static_cast<std::int32_t>(type)) + ".");
-      } else if (ReadMedia(*media, pending)) {
+      } else {
+        ReadMedia(*media, pending);
         pending = nullptr;
       }
     }
@@ -174,9 +175,7 @@ class SideWriter {
     }
   }
 
-  // False when the item plays nothing on this side and a pending transition
-  // still waits for the next one.
-  bool ReadMedia(const Engine::MediaSummaryItem& item, const Engine::FxTransitionItem* incoming) {
+  void ReadMedia(const Engine::MediaSummaryItem& item, const Engine::FxTransitionItem* incoming) {
     const Part part = PartOf(item, traits_.picture);
     const std::string assetId = item.mediaId.Text();
     const EdlPlace place = PlaceOf(item, ClipName(assetId));
@@ -184,14 +183,18 @@ class SideWriter {
       Problem(place, "has a negative " + std::string(traits_.name) + " length (" +
                          Frames(part.timelineDuration) + " on the timeline, " +
                          Frames(part.mediaDuration) + " of media).");
-      return true;
+      return;
     }
     if (part.timelineDuration == 0) {
       if (part.mediaDuration > 0) {
         Approximate(place, "plays " + Frames(part.mediaDuration) + " of media in no " +
                                traits_.name + " frames: no event.");
       }
-      return false;
+      if (incoming != nullptr) {
+        Approximate(PlaceOf(*incoming, place.clip),
+                    "transition into an item without " + std::string(traits_.name) + " left out.");
+      }
+      return;
     }
     EdlEvent event;
     event.place = place;
@@ -210,7 +213,7 @@ class SideWriter {
     if (__builtin_add_overflow(part.timelineIn, part.timelineDuration, &recordOut) ||
         __builtin_add_overflow(part.mediaIn, part.mediaDuration, &sourceOut)) {
       Problem(place, "has frame numbers beyond the 64-bit range.");
-      return true;
+      return;
     }
     event.recordOut = recordOut;
     event.sourceOut = sourceOut;
@@ -218,7 +221,6 @@ class SideWriter {
     ReadSpeed(event);
     Place(event, incoming);
     events_.push_back(std::move(event));
-    return true;
   }
 
   // The speed is the element's, or the ratio of media and timeline lengths
@@ -303,8 +305,10 @@ class SideWriter {
               "overlaps the item before it by " + Frames(overlap) + " without a dissolve.");
       return;
     }
+    // The previous event keeps at least one frame, and all of its own dissolve.
     const std::int64_t previousStart = previous->recordIn + previous->dissolveLength;
-    if (event.recordIn <= previousStart || event.recordOut < previous->recordOut) {
+    if (event.recordIn <= previous->recordIn || event.recordIn < previousStart ||
+        event.recordOut < previous->recordOut) {
       Problem(event.place, "overlaps the item before it by " + Frames(overlap) +
                                ", more than one item at a time.");
       return;

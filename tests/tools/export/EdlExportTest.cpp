@@ -156,6 +156,27 @@ TEST(EdlExport, WritesEachRuleOrNamesTheProblem) {
               "~ item w (clip CAM-B): transition of kind 1 (12 frames, 6 of them before the cut) "
               "written as a cut: a list's dissolve needs the items to overlap.\n"
               "~ item z (clip CAM-A): transition of no length left out.\n"},
+      // Each dissolve ends the event before it; one may start where the
+      // previous dissolve ends.
+      {"FromBlackAndChained",
+       {Fx("t", 2, 10, 10), a, Fx("u", 2, 10, 10), Media("b", 90, 50, 20, 25), Fx("v", 2, 10, 10),
+        Media("a", 100, 40, 0, 40), Fx("w", 2, 5, 5)},
+       "001  BL       V     C        00:00:00:00 00:00:00:00 00:00:00:00 00:00:00:00\n"
+       "001  CAMA     V     D    010 00:00:02:00 00:00:05:15 00:00:00:00 00:00:03:15\n"
+       "* TO CLIP NAME:  CAM-A\n* ELEMENT 1 ITEM 11\n"
+       "002  CAMA     V     C        00:00:05:15 00:00:05:15 00:00:03:15 00:00:03:15\n"
+       "002  CAMB     V     D    010 00:00:00:20 00:00:01:00 00:00:03:15 00:00:04:00\n"
+       "M2   CAMB           012.5                00:00:00:20\n"
+       "* FROM CLIP NAME:  CAM-A\n* TO CLIP NAME:  CAM-B\n* ELEMENT 2 ITEM 12 SPEED 1/2\n"
+       "003  CAMB     V     C        00:00:01:00 00:00:01:00 00:00:04:00 00:00:04:00\n"
+       "003  CAMA     V     D    040 00:00:00:00 00:00:01:15 00:00:04:00 00:00:05:15\n"
+       "M2   CAMB           012.5                00:00:00:20\n"
+       "* FROM CLIP NAME:  CAM-B\n* TO CLIP NAME:  CAM-A\n* ELEMENT 1 ITEM 11\n"
+       "~ item t (clip CAM-A): no item before it on this side: written as a dissolve from "
+       "black of 10 frames.\n"
+       "~ item v (clip CAM-A): transition of 10 frames written as a dissolve of the 40 frames "
+       "the items overlap.\n"
+       "~ item w: transition at the end of the track left out.\n"},
       {"Negative",
        {Media("a", 0, -5, 0, -5)},
        "! element 1 (item 11, clip CAM-A): has a negative picture length (-5 frames on the "
