@@ -6,7 +6,9 @@
 // place is a problem; everything the list can only round is noted.
 #include "EdlExport.h"
 
+#include <algorithm>
 #include <cstdlib>
+#include <map>
 #include <numeric>
 #include <set>
 #include <unordered_map>
