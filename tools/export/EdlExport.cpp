@@ -266,7 +266,12 @@ class SideWriter {
       Problem(event.place,
               "starts before frame 0, at frame " + std::to_string(event.recordIn) + ".");
     }
-    const std::int64_t overlap = previous != nullptr ? previous->recordOut - event.recordIn : 0;
+    std::int64_t overlap = 0;
+    if (previous != nullptr &&
+        __builtin_sub_overflow(previous->recordOut, event.recordIn, &overlap)) {
+      Problem(event.place, "has frame numbers beyond the 64-bit range.");
+      return;
+    }
     bool dissolve = false;
     if (incoming != nullptr) {
       const auto& effect = incoming->FxTransition();
@@ -322,9 +327,10 @@ class SideWriter {
   // The previous event ends where the dissolve starts; its source OUT is the
   // media frame playing there, rounded to the nearest frame.
   void ShortenBeforeDissolve(EdlEvent& previous, std::int64_t recordOut) {
-    const std::int64_t played = recordOut - previous.recordIn;
+    std::int64_t played = 0;
     std::int64_t product = 0;
-    if (__builtin_mul_overflow(previous.mediaDuration, played, &product)) {
+    if (__builtin_sub_overflow(recordOut, previous.recordIn, &played) ||
+        __builtin_mul_overflow(previous.mediaDuration, played, &product)) {
       Problem(previous.place, "has frame numbers beyond the 64-bit range.");
       return;
     }
@@ -409,7 +415,9 @@ EdlResult TimelineToEdl(const Engine::Timeline& timeline, const EdlExportInput& 
     result.problems.push_back({{},
                                "the rate " + std::to_string(input.rate.numerator) + "/" +
                                    std::to_string(input.rate.denominator) +
-                                   " is not a positive frame rate."});
+                                   " is not a frame rate timecode can count (more than 0 "
+                                   "and at most " +
+                                   std::to_string(kMostFramesPerSecond) + " frames a second)."});
     return result;
   }
   return SideWriter(timeline, input, side, *base).Write();

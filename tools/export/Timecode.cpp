@@ -24,13 +24,16 @@ std::optional<TimecodeBase> TimecodeBaseOf(const Kov::TimePoints::Rate& rate) {
   if (rate.numerator <= 0 || rate.denominator <= 0) {
     return std::nullopt;
   }
+  // The nearest whole rate, at least one frame a second.
+  const std::int64_t whole = rate.numerator / rate.denominator;
+  const std::int64_t rest = rate.numerator % rate.denominator;
+  const std::int64_t nearest = whole + (rest >= rate.denominator - rest ? 1 : 0);
+  if (nearest > kMostFramesPerSecond) {
+    return std::nullopt;
+  }
   TimecodeBase base;
   base.dropFrame = rate.denominator == 1001 && (rate.numerator == 30000 || rate.numerator == 60000);
-  // The nearest whole rate, at least one frame a second.
-  base.framesPerSecond = (rate.numerator + rate.denominator / 2) / rate.denominator;
-  if (base.framesPerSecond < 1) {
-    base.framesPerSecond = 1;
-  }
+  base.framesPerSecond = nearest < 1 ? 1 : nearest;
   return base;
 }
 

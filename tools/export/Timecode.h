@@ -18,7 +18,11 @@ struct TimecodeBase {
   bool dropFrame = false;
 };
 
-// The labels of a rate; nothing for a rate that is not positive.
+// Beyond this, counts of a day's frames would leave the 64-bit range.
+constexpr std::int64_t kMostFramesPerSecond = 1000000;
+
+// The labels of a rate; nothing for a rate that is not positive or whose
+// nearest whole rate exceeds kMostFramesPerSecond.
 std::optional<TimecodeBase> TimecodeBaseOf(const Kov::TimePoints::Rate& rate);
 
 // The first frame that no two-digit hour can label.

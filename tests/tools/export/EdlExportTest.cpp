@@ -98,6 +98,8 @@ TEST(EdlTimecode, LabelsFramesInEachCounting) {
     EXPECT_EQ(base->dropFrame, drop);
   }
   EXPECT_FALSE(TimelineConvert::TimecodeBaseOf({0, 1}));
+  EXPECT_FALSE(TimelineConvert::TimecodeBaseOf({INT64_MAX, 1}));
+  EXPECT_EQ(TimelineConvert::TimecodeBaseOf({1, 1000})->framesPerSecond, 1);
 }
 
 TEST(EdlExport, WritesEachRuleOrNamesTheProblem) {
@@ -191,6 +193,13 @@ TEST(EdlExport, WritesEachRuleOrNamesTheProblem) {
        "one item at a time.\n"
        "~ item u (clip CAM-A): transition of 10 frames written as a dissolve of the 45 frames "
        "the items overlap.\n"},
+      {"Beyond64Bits",
+       {Media("a", INT64_MAX, 10, 0, 10)},
+       "! element 1 (item 11, clip CAM-A): has frame numbers beyond the 64-bit range.\n"},
+      {"Beyond24Hours",
+       {Media("a", 24 * 3600 * 25 - 5, 10, 0, 10)},
+       "! element 1 (item 11, clip CAM-A): reaches frame 2160005, beyond the 2160000 frames of "
+       "24 hours that timecode labels.\n"},
       {"BeforeRecordedMaterial",
        {Media("a", 0, 10, -3, 10)},
        "! element 1 (item 11, clip CAM-A): starts its media at frame -3, before its recorded "
@@ -227,7 +236,8 @@ TEST(EdlExport, HeaderChannelsAndSides) {
             "channels AA.\n");
   input.rate = {0, 1};
   EXPECT_EQ(Listing(TimelineToEdl(timeline, input, EdlSide::Aux)),
-            "! the list: the rate 0/1 is not a positive frame rate.\n");
+            "! the list: the rate 0/1 is not a frame rate timecode can count (more than 0 and "
+            "at most 1000000 frames a second).\n");
 }
 
 TEST(EdlExport, ReelNames) {
