@@ -59,20 +59,6 @@ std::string Frames(std::int64_t count) {
   return std::to_string(count) + (count == 1 || count == -1 ? " frame" : " frames");
 }
 
-// Sound tracks of an asset by its description ("V+M+M" has two).
-int SoundTracks(const std::string& description) {
-  int count = 0;
-  std::size_t start = 0;
-  while (start <= description.size()) {
-    const std::size_t end = std::min(description.find('+', start), description.size());
-    if (end > start && description[start] != 'V') {
-      ++count;
-    }
-    start = end + 1;
-  }
-  return count;
-}
-
 class SideWriter {
  public:
   SideWriter(const Engine::Timeline& timeline, const EdlExportInput& input, EdlSide side,
@@ -362,7 +348,7 @@ class SideWriter {
   std::string SoundChannel(const std::string& assetId, const EdlPlace& place) {
     const auto found = mediaInfos_.find(assetId);
     const int tracks =
-        found == mediaInfos_.end() ? 1 : SoundTracks(found->second->tracksDescription);
+        found == mediaInfos_.end() ? 1 : EdlSoundTracks(found->second->tracksDescription);
     if (tracks <= 1) {
       return "A";
     }

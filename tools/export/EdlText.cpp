@@ -6,6 +6,7 @@
 // because common readers match only colons there.
 #include "EdlText.h"
 
+#include <algorithm>
 #include <cctype>
 #include <cmath>
 #include <cstdio>
@@ -130,6 +131,20 @@ std::string EdlPlace::Text() const {
     return "the list";
   }
   return "item " + itemId + (clipText.empty() ? "" : " (" + clipText + ")");
+}
+
+// Sound tracks of an asset by its description ("V+M+M" has two).
+int EdlSoundTracks(const std::string& description) {
+  int count = 0;
+  std::size_t start = 0;
+  while (start <= description.size()) {
+    const std::size_t end = std::min(description.find('+', start), description.size());
+    if (end > start && description[start] != 'V') {
+      ++count;
+    }
+    start = end + 1;
+  }
+  return count;
 }
 
 std::string EdlSafeText(const std::string& text) {

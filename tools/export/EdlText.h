@@ -36,6 +36,9 @@ struct EdlEvent {
   std::optional<std::size_t> from;
 };
 
+// Sound tracks of an asset by its tracks description ("V+M+M" has two).
+int EdlSoundTracks(const std::string& description);
+
 // The clip name with control characters as spaces, so that it cannot break
 // a line.
 std::string EdlSafeText(const std::string& text);
