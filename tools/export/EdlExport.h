@@ -1,0 +1,84 @@
+// EdlExport: one side of the converted timeline as a CMX 3600 edit decision
+// list, the list every broadcast editing application imports. docs/edl.md
+// states the mapping. The writer only reads the engine timeline and a few
+// facts the document knows (element and item numbers, clip names, speeds);
+// it reports what the list cannot hold as problems with their place, and
+// what it could only approximate element by element, so that a caller can
+// show both before anyone imports the list.
+#pragma once
+
+#include <TimelineEngineConversion/TimelineEngineConversion.h>
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace TimelineConvert {
+
+// What the document knows about the element an engine item comes from.
+struct EdlElement {
+  std::uint32_t number = 0;
+  std::int32_t itemNumber = 0;
+  // The speed in force for the element (its own or the one it inherits).
+  std::int32_t speedNumerator = 1;
+  std::int32_t speedDenominator = 1;
+};
+
+struct EdlExportInput {
+  // The playlist's rate: every engine time is in frames at it.
+  Kov::TimePoints::Rate rate{50, 1};
+  // The list's title, before the side's name.
+  std::string title;
+  // Clip names by asset identifier; an asset without one is named by its
+  // identifier.
+  std::map<std::string, std::string> clipNames;
+  // Elements by engine item identifier (media and transition items). An item
+  // missing here is named by its identifier and its speed is read from its
+  // media and timeline lengths.
+  std::map<std::string, EdlElement> elements;
+  // The aux clip's engine item, named as the aux clip.
+  std::string auxItemId;
+};
+
+// The picture and the sound of the main track, the sound of the aux track.
+enum class EdlSide { Picture, Sound, Aux };
+
+const char* EdlSideName(EdlSide side);
+std::optional<EdlSide> EdlSideFromName(const std::string& name);
+
+// An engine item, as the messages name it.
+struct EdlPlace {
+  std::string itemId;
+  std::optional<EdlElement> element;
+  bool aux = false;
+  std::string clip;
+  // "element 3 (item 3, clip CAM-A)", "the aux clip (clip CAM-A)", or
+  // "item <id> (clip CAM-A)".
+  std::string Text() const;
+};
+
+struct EdlNote {
+  EdlPlace place;
+  std::string text;
+};
+
+struct EdlResult {
+  // The list; empty when there are problems.
+  std::string text;
+  // Why the list cannot be written: what an EDL cannot hold.
+  std::vector<EdlNote> problems;
+  // What the list states only approximately, in timeline order.
+  std::vector<EdlNote> approximations;
+};
+
+// The sides of the timeline that play anything, in the order above.
+std::vector<EdlSide> EdlSidesOf(const Kov::TimelineEngineModel::Timeline& timeline);
+
+// The list of one side. Throws nothing but std::bad_alloc, whatever the
+// timeline and input hold.
+EdlResult TimelineToEdl(const Kov::TimelineEngineModel::Timeline& timeline,
+                        const EdlExportInput& input, EdlSide side);
+
+}  // namespace TimelineConvert
