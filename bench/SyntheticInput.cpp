@@ -9,9 +9,6 @@
 #include <string>
 #include <utility>
 
-// The library's own rule for the key of a clip's asset.
-#include <TimelineEngineConversion/conversion/detail/GuidText.h>
-
 namespace TimelineEngineBench {
 
 namespace {
@@ -26,12 +23,21 @@ using Kov::DataModel::MediaAssets::TrackLayoutEntry;
 using Kov::Replivo::Data::Channels::Speed;
 using Kov::Replivo::Data::Clips::UmId;
 using Kov::Replivo::Data::Sequences::AudioVideoElement;
-using Kov::Replivo::Tollan::TimelineEngineConversion::detail::ClipAssetIdentifier;
 using Kov::TimePoints::TimeBoundary;
 using Kov::TimePoints::TimeBounds;
 
 namespace Data = Kov::Replivo::Data;
 namespace MediaAssets = Kov::DataModel::MediaAssets;
+
+// The key of a clip's asset, as the library's own listing gives it.
+Identifier ClipAssetIdentifier(const UmId& umId) {
+  Data::Sequences::Playlist playlist;
+  playlist.audioVideoTrack.elements.resize(1);
+  playlist.audioVideoTrack.elements[0].umId = umId;
+  return Kov::Replivo::Tollan::TimelineEngineConversion::TimelineConverter::ListAssetsFromPlaylist(
+             playlist)
+      .at(0);
+}
 
 // 100 ns ticks per field at the playlist's rate of 50/1: 100 fields (50 frames)
 // a second.

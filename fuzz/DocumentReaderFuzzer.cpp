@@ -7,8 +7,8 @@
 #include <cstdlib>
 #include <string>
 
-#include "PlaylistDocument.h"
-#include "TimelineJson.h"
+#include "document/PlaylistDocument.h"
+#include "export/EngineJson.h"
 
 namespace {
 

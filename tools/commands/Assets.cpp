@@ -1,0 +1,12 @@
+// assets: the asset identifiers the playlist uses; no conversion needed.
+#include "analysis/AssetListing.h"
+#include "commands/Commands.h"
+
+namespace TimelineConvert {
+
+ExitStatus RunAssets(const CommandContext& context) {
+  const std::string listing = ListUsedAssets(context.document);
+  return WriteResult(context, [&listing](std::ostream& out) { out << listing; });
+}
+
+}  // namespace TimelineConvert

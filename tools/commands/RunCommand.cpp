@@ -1,0 +1,49 @@
+// The stages every command shares: the input read whole, the document read
+// once, and the output written whole or not at all.
+#include <iostream>
+
+#include "cli/InputFile.h"
+#include "cli/OutputFile.h"
+#include "commands/Commands.h"
+
+namespace TimelineConvert {
+
+DurationMode CommandContext::Mode() const {
+  using Kov::Replivo::Tollan::TimelineEngineConversion::TimelineConverter;
+  return options.durationMode == "playlist" ? TimelineConverter::FromPlaylist
+                                            : TimelineConverter::FromTrackItems;
+}
+
+ExitStatus RunCommand(ExitStatus (*command)(const CommandContext&), const CommandOptions& options) {
+  const FailureReport report(options.errors == "json" ? ErrorFormat::Json : ErrorFormat::Text,
+                             std::cerr);
+  const std::string inputName = InputName(options.input);
+  std::string text;
+  std::string problem;
+  if (!ReadInput(options.input, text, problem)) {
+    report.Io(inputName, "read", problem);
+    return ExitStatus::Unusable;
+  }
+  PlaylistDocument document;
+  try {
+    document = ReadPlaylistDocument(text);
+  } catch (const DocumentError& error) {
+    report.Malformed(inputName, error);
+    return ExitStatus::Unusable;
+  }
+  std::string().swap(text);  // the records hold all that is needed now
+  return command(CommandContext{options, document, report, inputName});
+}
+
+ExitStatus WriteResult(const CommandContext& context,
+                       const std::function<void(std::ostream&)>& write) {
+  try {
+    WriteOutput(context.options.output, write);
+  } catch (const OutputError& error) {
+    context.report.Io(OutputName(error.Path()), "write", error.Reason());
+    return ExitStatus::Unusable;
+  }
+  return ExitStatus::Done;
+}
+
+}  // namespace TimelineConvert
