@@ -10,11 +10,9 @@ namespace TimelineConvert {
 
 ExitStatus RunRender(const CommandContext& context) {
   const Outcome outcome = ConvertDocument(context.document, context.Mode());
-  const auto labels =
-      LabelsFromOutcome(context.document, outcome, FindFindings(context.document, outcome));
-  const auto& rate = context.document.playlist.rate;
-  const std::string picture = context.options.html ? TimelineToHtml(outcome.timeline, rate, labels)
-                                                   : TimelineToSvg(outcome.timeline, rate, labels);
+  const Picture drawn =
+      MakePicture(context.document, outcome, FindFindings(context.document, outcome));
+  const std::string picture = context.options.html ? PictureToHtml(drawn) : PictureToSvg(drawn);
   if (outcome.refusal) {
     context.report.Refused(context.inputName, *outcome.refusal);
   }

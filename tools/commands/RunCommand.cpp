@@ -1,9 +1,8 @@
-// The stages every command shares: the input read whole, the document read
-// once, and the output written whole or not at all.
+// The stages every command starts with: the input read whole and the
+// document read once.
 #include <iostream>
 
 #include "cli/InputFile.h"
-#include "cli/OutputFile.h"
 #include "commands/Commands.h"
 
 namespace TimelineConvert {
@@ -33,17 +32,6 @@ ExitStatus RunCommand(ExitStatus (*command)(const CommandContext&), const Comman
   }
   std::string().swap(text);  // the records hold all that is needed now
   return command(CommandContext{options, document, report, inputName});
-}
-
-ExitStatus WriteResult(const CommandContext& context,
-                       const std::function<void(std::ostream&)>& write) {
-  try {
-    WriteOutput(context.options.output, write);
-  } catch (const OutputError& error) {
-    context.report.Io(OutputName(error.Path()), "write", error.Reason());
-    return ExitStatus::Unusable;
-  }
-  return ExitStatus::Done;
 }
 
 }  // namespace TimelineConvert

@@ -95,9 +95,11 @@ class DataWriter {
   bool first_ = true;
 };
 
-std::string ViewData(const Engine::Timeline& timeline, const Kov::TimePoints::Rate& rate,
-                     const PictureLabels& labels) {
-  const TimelineView view = MakeTimelineView(timeline, labels);
+std::string ViewData(const Picture& picture) {
+  const auto& timeline = picture.timeline;
+  const auto& rate = picture.rate;
+  const auto& labels = picture.labels;
+  const auto& view = picture.view;
   std::string out;
   out.reserve(128 * view.items.size() + 4096);
   DataWriter json(out);
@@ -230,8 +232,8 @@ std::string ViewData(const Engine::Timeline& timeline, const Kov::TimePoints::Ra
 
 }  // namespace
 
-std::string TimelineToHtml(const Engine::Timeline& timeline, const Kov::TimePoints::Rate& rate,
-                           const PictureLabels& labels) {
+std::string PictureToHtml(const Picture& picture) {
+  const auto& labels = picture.labels;
   std::string page =
       "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
       "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n"
@@ -245,11 +247,19 @@ std::string TimelineToHtml(const Engine::Timeline& timeline, const Kov::TimePoin
       "</style>\n</head>\n<body>\n<noscript>The timeline viewer needs JavaScript; "
       "timeline-convert render without --html writes a static SVG picture.</noscript>\n"
       "<script type=\"application/json\" id=\"timeline-data\">";
-  page += ViewData(timeline, rate, labels);
+  page += ViewData(picture);
   page += "</script>\n<script>\n";
   page += ViewerScript();
   page += "</script>\n</body>\n</html>\n";
   return page;
+}
+
+std::string TimelineToHtml(const Engine::Timeline& timeline, const Kov::TimePoints::Rate& rate,
+                           const PictureLabels& labels) {
+  auto copy = labels;
+  Picture picture{timeline, rate, std::move(copy), {}};
+  picture.view = MakeTimelineView(timeline, picture.labels);
+  return PictureToHtml(picture);
 }
 
 }  // namespace TimelineConvert

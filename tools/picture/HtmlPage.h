@@ -16,6 +16,9 @@ namespace TimelineConvert {
 std::string TimelineToHtml(const Kov::TimelineEngineModel::Timeline& timeline,
                            const Kov::TimePoints::Rate& sequenceRate, const PictureLabels& labels);
 
+// The same, from a picture whose marks are already worked out.
+std::string PictureToHtml(const Picture& picture);
+
 // The viewer's script and style sheet, as kept in tools/viewer.
 const char* ViewerScript();
 const char* ViewerStyle();

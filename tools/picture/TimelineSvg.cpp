@@ -162,14 +162,14 @@ struct Band {
   std::string lastNumber;
 };
 
-class Picture {
+class SvgWriter {
  public:
-  Picture(const Engine::Timeline& timeline, const Kov::TimePoints::Rate& rate,
-          const PictureLabels& labels)
+  SvgWriter(const Engine::Timeline& timeline, const Kov::TimePoints::Rate& rate,
+            const PictureLabels& labels, const TimelineView& view)
       : timeline_(timeline),
         rate_(rate),
         labels_(labels),
-        view_(MakeTimelineView(timeline, labels)),
+        view_(view),
         framesPerSecond_(NominalFrameRate(rate)) {
     Measure();
   }
@@ -620,7 +620,7 @@ class Picture {
   const Engine::Timeline& timeline_;
   Kov::TimePoints::Rate rate_;
   const PictureLabels& labels_;
-  TimelineView view_;
+  const TimelineView& view_;
   long long framesPerSecond_;
   std::vector<std::string> headerLines_;
   std::size_t refusalLines_ = 0;
@@ -637,7 +637,12 @@ class Picture {
 
 std::string TimelineToSvg(const Engine::Timeline& timeline, const Kov::TimePoints::Rate& rate,
                           const PictureLabels& labels) {
-  return Picture(timeline, rate, labels).Svg();
+  const TimelineView view = MakeTimelineView(timeline, labels);
+  return SvgWriter(timeline, rate, labels, view).Svg();
+}
+
+std::string PictureToSvg(const Picture& picture) {
+  return SvgWriter(picture.timeline, picture.rate, picture.labels, picture.view).Svg();
 }
 
 }  // namespace TimelineConvert

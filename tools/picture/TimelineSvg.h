@@ -19,4 +19,7 @@ namespace TimelineConvert {
 std::string TimelineToSvg(const Kov::TimelineEngineModel::Timeline& timeline,
                           const Kov::TimePoints::Rate& sequenceRate, const PictureLabels& labels);
 
+// The same, from a picture whose marks are already worked out.
+std::string PictureToSvg(const Picture& picture);
+
 }  // namespace TimelineConvert

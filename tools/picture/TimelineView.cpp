@@ -307,4 +307,14 @@ TimelineView MakeTimelineView(const Engine::Timeline& timeline, const PictureLab
   return view;
 }
 
+Picture MakePicture(const PlaylistDocument& document, const Outcome& outcome,
+                    std::vector<Finding> findings) {
+  Picture picture{outcome.timeline,
+                  document.playlist.rate,
+                  LabelsFromOutcome(document, outcome, std::move(findings)),
+                  {}};
+  picture.view = MakeTimelineView(outcome.timeline, picture.labels);
+  return picture;
+}
+
 }  // namespace TimelineConvert

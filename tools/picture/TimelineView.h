@@ -145,4 +145,17 @@ struct TimelineView {
 TimelineView MakeTimelineView(const Kov::TimelineEngineModel::Timeline& timeline,
                               const PictureLabels& labels);
 
+// What either picture draws: the outcome's timeline, how to name its parts and
+// the marks worked out from both.
+struct Picture {
+  const Kov::TimelineEngineModel::Timeline& timeline;
+  Kov::TimePoints::Rate rate;
+  PictureLabels labels;
+  TimelineView view;
+};
+
+// The picture of an outcome and its findings, made once for either writer.
+Picture MakePicture(const PlaylistDocument& document, const Outcome& outcome,
+                    std::vector<Finding> findings);
+
 }  // namespace TimelineConvert
