@@ -6,7 +6,9 @@
 #include <algorithm>
 #include <cstdio>
 #include <iterator>
+#include <set>
 #include <unordered_map>
+#include <utility>
 
 #include "picture/PictureText.h"
 
@@ -95,6 +97,33 @@ class DataWriter {
   bool first_ = true;
 };
 
+// The words and numbers the viewer shows as the SVG does, made here once: the
+// flag bits by name, what each problem flag means, the frames per second of
+// the timecode and the text of every speed the elements play at.
+void Words(DataWriter& json, const PictureLabels& labels, const Kov::TimePoints::Rate& rate) {
+  json.Key("words").Open('{').Key("flags").Open('{');
+  for (const auto& named : kNamedFlags) {
+    json.Key(named.name).Int(static_cast<int>(named.flag));
+  }
+  json.Close('}').Key("problems").Open('{');
+  for (const auto& named : kNamedFlags) {
+    if (*ProblemWords(named.flag) != '\0') {
+      json.Key(named.name).Text(ProblemWords(named.flag));
+    }
+  }
+  json.Close('}').Key("framesPerSecond").Int(NominalFrameRate(rate));
+  json.Key("speeds").Open('{');
+  std::set<std::pair<std::int32_t, std::int32_t>> speeds;
+  for (const auto& element : labels.elements) {
+    speeds.emplace(element.speedNumerator, element.speedDenominator);
+  }
+  for (const auto& speed : speeds) {
+    const std::string key = std::to_string(speed.first) + "/" + std::to_string(speed.second);
+    json.Key(key.c_str()).Text(SpeedText(speed.first, speed.second));
+  }
+  json.Close('}').Close('}');
+}
+
 std::string ViewData(const Picture& picture) {
   const auto& timeline = picture.timeline;
   const auto& rate = picture.rate;
@@ -109,6 +138,7 @@ std::string ViewData(const Picture& picture) {
   json.Key("duration").Int(timeline.duration);
   json.Key("mode").Text(labels.durationMode);
   json.Key("auxReason").Text(labels.auxReason);
+  Words(json, labels, rate);
   json.Key("first").Real(view.firstFrame).Key("last").Real(view.lastFrame);
   json.Key("refusal");
   if (labels.refusal) {

@@ -2,6 +2,8 @@
 // page data, so that the SVG and the viewer write them alike.
 #include "picture/PictureText.h"
 
+#include "picture/TimelineView.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
@@ -43,6 +45,19 @@ std::string Timecode(double frame, const Kov::TimePoints::Rate& rate) {
   std::snprintf(buffer, sizeof buffer, "%s%02llu:%02llu:%02llu:%02llu", whole < 0 ? "-" : "",
                 seconds / 3600, seconds / 60 % 60, seconds % 60, magnitude % perSecond);
   return buffer;
+}
+
+const char* ProblemWords(std::uint8_t flag) {
+  switch (flag) {
+    case kNegative:
+      return "negative length on the timeline";
+    case kZero:
+      return "plays media but takes 0 frames on the timeline";
+    case kOverlap:
+      return "starts before the part before it ends, with no transition";
+    default:
+      return "";
+  }
 }
 
 std::string EscapeXml(const std::string& text) {

@@ -19,6 +19,10 @@ long long NominalFrameRate(const Kov::TimePoints::Rate& rate);
 // "frame N" when the rate has none.
 std::string Timecode(double frame, const Kov::TimePoints::Rate& rate);
 
+// What a problem flag of a mark means, in both pictures' words: "negative
+// length on the timeline" and the like; empty for a flag without one.
+const char* ProblemWords(std::uint8_t flag);
+
 // Text made safe for XML character data and attribute values.
 std::string EscapeXml(const std::string& text);
 

@@ -5,6 +5,10 @@
 // gathered per band of the picture and drawn as one density band (a lone
 // mark is drawn as itself), so the output grows with the picture's width,
 // not with the number of items.
+//
+// Over 400 lines: one writer whose parts (header, ruler, lanes, bands,
+// legend) all draw with the measures Measure() works out; split across files
+// they would have to pass those measures around.
 #include "picture/TimelineSvg.h"
 
 #include "picture/PictureText.h"
@@ -319,14 +323,10 @@ class SvgWriter {
 
   std::string ProblemText(std::uint8_t flags) const {
     std::string text;
-    if ((flags & kNegative) != 0) {
-      text += "\nFLAG: negative length on the timeline";
-    }
-    if ((flags & kZero) != 0) {
-      text += "\nFLAG: plays media but takes 0 frames on the timeline";
-    }
-    if ((flags & kOverlap) != 0) {
-      text += "\nFLAG: starts before the part before it ends, with no transition";
+    for (const std::uint8_t flag : {kNegative, kZero, kOverlap}) {
+      if ((flags & flag) != 0) {
+        text += std::string("\nFLAG: ") + ProblemWords(flag);
+      }
     }
     if ((flags & kAuxZero) != 0) {
       text += "\nFLAG: aux item " +

@@ -93,6 +93,15 @@ enum MarkFlag : std::uint8_t {
 };
 constexpr std::uint8_t kProblemFlags = kNegative | kZero | kOverlap | kAuxZero | kRefused;
 
+// The flags by the names the viewer knows them by, shipped in its page data.
+struct NamedFlag {
+  const char* name;
+  MarkFlag flag;
+};
+constexpr NamedFlag kNamedFlags[] = {{"speed", kSpeedChanged}, {"negative", kNegative},
+                                     {"zero", kZero},          {"overlap", kOverlap},
+                                     {"auxZero", kAuxZero},    {"refused", kRefused}};
+
 // One drawn thing in one row: a media part, a transition or the refused
 // element. start and length in frames; length may be 0 or negative.
 struct Mark {

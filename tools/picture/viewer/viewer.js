@@ -4,6 +4,8 @@
 // length; a sorted index per row finds what is in view without a full scan.
 // Plain JavaScript without a library: the page must work offline from one
 // file, and canvas drawing, hit testing and the controls stay short enough.
+// One file of over 400 lines until it is split into modules (data, text,
+// drawing, controls) joined when the tool is built.
 (function () {
   "use strict";
 
@@ -11,9 +13,11 @@
   var LABEL_WIDTH = 118, RULER_HEIGHT = 40, ROW_HEIGHT = 22, ROW_GAP = 4;
   var LANE_HEIGHT = 2 * ROW_HEIGHT + 3 * ROW_GAP + 4, REFUSED_WIDTH = 84;
   var KIND = { picture: 0, sound: 1, vfx: 2, afx: 3, refused: 4 };
-  var FLAG = { speed: 1, negative: 2, zero: 4, overlap: 8, auxZero: 16, refused: 32 };
-  var PROBLEMS = 2 | 4 | 8 | 16 | 32;
-  var fps = data.rate[0] > 0 && data.rate[1] > 0 ? Math.max(1, Math.round(data.rate[0] / data.rate[1])) : 0;
+  // Flag bits, problem words, the timecode's frames per second and speed texts
+  // come from the tool, so that the page and the SVG say the same.
+  var FLAG = data.words.flags;
+  var PROBLEMS = FLAG.negative | FLAG.zero | FLAG.overlap | FLAG.auxZero | FLAG.refused;
+  var fps = data.words.framesPerSecond;
 
   // ---- Page -------------------------------------------------------------
   function element(tag, attributes, text) {
@@ -187,29 +191,29 @@
       two(seconds % 60) + ":" + two(magnitude % fps);
   }
   function speedText(numerator, denominator) {
-    var value = numerator / denominator;
-    return "\u00d7" + (isFinite(value) && String(value).length <= 6 ? String(value) : numerator + "/" + denominator);
+    return data.words.speeds[numerator + "/" + denominator];
   }
   function assetText(item) {
     return item[10] >= 0 ? "A" + (item[10] + 1) + " " + data.assets[item[10]][1] : "A?";
   }
   function flagTexts(flags) {
     var texts = [];
-    if (flags & FLAG.negative) texts.push("negative length on the timeline");
-    if (flags & FLAG.zero) texts.push("plays media but takes 0 frames on the timeline");
-    if (flags & FLAG.overlap) texts.push("starts before the part before it ends, with no transition");
+    ["negative", "zero", "overlap"].forEach(function (name) {
+      if (flags & FLAG[name]) texts.push(data.words.problems[name]);
+    });
     if (flags & FLAG.auxZero) texts.push("aux item " + (data.auxReason || "plays 0 frames"));
     if (flags & FLAG.refused) texts.push("refused: " + data.refusal.message);
     return texts;
   }
-  function label(index, flags) {
+  // As the SVG labels a mark: a negative part says by how many frames.
+  function label(index, flags, frames) {
     var item = items[index];
     if (item[0] === 2) return [numberOf(index) + " refused", numberOf(index)];
     if (item[0] === 1) return ["kind " + item[7] + ", " + item[9] + "f", "k" + item[7] + " " + item[9], "k" + item[7]];
     var number = numberOf(index), text = number;
     if ((flags & FLAG.speed) && item[3] >= 0) text += " " + speedText(elements[item[3]][9], elements[item[3]][10]);
-    if (flags & FLAG.negative) text += " negative!";
-    if (flags & FLAG.overlap) text += " overlap!";
+    if (flags & FLAG.negative) text += " " + Math.trunc(frames) + "f!";
+    else if (flags & FLAG.overlap) text += " overlap!";
     return [text + " " + assetText(item), text, number];
   }
   function summary(itemIndex, flags) {
@@ -274,7 +278,7 @@
           row.marks[5 * i - 5] <= row.low[i] && row.marks[5 * i - 5] + row.marks[5 * i - 4] > row.low[i]) {
         cover = xOf(row.marks[5 * i - 5] + row.marks[5 * i - 4]);
       }
-      drawMark(kind, flags, item, x, w, top, marker, cover);
+      drawMark(kind, flags, item, x, w, top, marker, cover, row.marks[5 * i + 1]);
     }
     // Density bands: one pixel column per group of marks too narrow to
     // draw, darker where they cover more; transitions as a strip below.
@@ -300,13 +304,13 @@
     }
     if (!transitions) row.bandCounts = counts;
   }
-  function drawMark(kind, flags, item, x, w, top, marker, cover) {
+  function drawMark(kind, flags, item, x, w, top, marker, cover, frames) {
     var isSelected = item === selected;
     if (marker) {
       context.strokeStyle = "#d0021b"; context.fillStyle = "#d0021b"; context.lineWidth = 2;
       context.beginPath(); context.moveTo(x, top); context.lineTo(x, top + ROW_HEIGHT); context.stroke();
       context.beginPath(); context.moveTo(x, top + 7); context.lineTo(x - 5, top); context.lineTo(x + 5, top); context.closePath(); context.fill();
-      var text = flags & FLAG.auxZero ? "aux item " + (data.auxReason || "plays 0 frames") : numberOf(item) + (flags & FLAG.zero ? " 0f!" : " negative!");
+      var text = flags & FLAG.auxZero ? "aux item " + (data.auxReason || "plays 0 frames") : numberOf(item) + (flags & FLAG.zero ? " 0f!" : " " + Math.trunc(frames) + "f!");
       context.font = "bold 11px monospace"; context.fillStyle = "#b00020"; context.fillText(text, x + 7, top + 15);
       if (isSelected) { context.strokeStyle = "#000000"; context.lineWidth = 2; context.strokeRect(x - 6, top - 1, 12, ROW_HEIGHT + 2); }
       return;
@@ -327,7 +331,7 @@
     if (isSelected) { context.strokeStyle = "#000000"; context.lineWidth = 3; context.strokeRect(x - 1.5, top - 1.5, w + 3, ROW_HEIGHT + 3); }
     var left = Math.max(x, LABEL_WIDTH, cover), room = x + w - left - 6;
     if (room > 14) {
-      labels.push({ choices: label(item, flags), left: left, room: room, top: top,
+      labels.push({ choices: label(item, flags, frames), left: left, room: room, top: top,
         color: kind === KIND.picture || kind === KIND.sound ? (flags & FLAG.negative ? "#8a0015" : "#ffffff")
           : kind === KIND.refused ? "#b00020" : "#1a1a1a",
         backdrop: kind === KIND.refused || (flags & FLAG.negative) !== 0 });
