@@ -12,6 +12,7 @@
 
 #include <csignal>
 #include <iostream>
+#include <exception>
 #include <new>
 #include <string>
 #include <vector>
@@ -180,5 +181,9 @@ int main(int argc, char** argv) {
     return ToInt(RunCommand(chosen->run, options));
   } catch (const std::bad_alloc&) {
     return Fail(ExitStatus::Unusable, "out of memory");
+  } catch (const std::exception& error) {
+    // Refusals are handled where they arise; anything else still ends with a
+    // message, never with an abort.
+    return Fail(ExitStatus::Unusable, std::string("unexpected failure: ") + error.what());
   }
 }
