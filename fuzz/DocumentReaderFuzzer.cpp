@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <string>
 
+#include "document/AssetKeys.h"
 #include "document/PlaylistDocument.h"
 #include "export/EngineJson.h"
 

@@ -11,8 +11,8 @@
 #include <CLI/CLI.hpp>
 
 #include <csignal>
-#include <iostream>
 #include <exception>
+#include <iostream>
 #include <new>
 #include <string>
 #include <vector>

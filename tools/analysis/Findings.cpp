@@ -228,8 +228,8 @@ void CheckZeroLength(std::size_t index, const char* side, std::int64_t timelineL
 void CheckTransitionLength(std::size_t index, const Engine::FxTransitionItem& item, bool audio,
                            Findings& findings) {
   const auto& effect = item.FxTransition();
-  const std::int64_t afterCut = SaturatingSum(effect.duration, -effect.offset);
-  if (effect.offset >= 0 && afterCut >= 0) {
+  // Negated only when not negative, so that no offset overflows.
+  if (effect.offset >= 0 && SaturatingSum(effect.duration, -effect.offset) >= 0) {
     return;
   }
   findings.AtElement(index, "transition-negative-length",

@@ -1,5 +1,5 @@
 // assets: the asset identifiers the playlist uses; no conversion needed.
-#include "analysis/AssetListing.h"
+#include "document/AssetKeys.h"
 #include "commands/Commands.h"
 
 namespace TimelineConvert {
