@@ -126,8 +126,9 @@ const CommandRow kCommands[] = {
      AddRenderOptions, RunRender},
     {"check",
      "Convert the playlist and report what is legal but almost certainly not meant (negative "
-     "or ignored speeds, overlaps, transitions that give nothing, a 0-frame aux item, IN or OUT "
-     "outside the recorded material, unused or missing assets), one per line with its place, "
+     "or ignored speeds, overlaps, transitions that give nothing or that an export cannot hold, "
+     "parts or an aux item of 0 frames, IN or OUT outside the recorded material, unused or "
+     "missing assets), one per line with its place, "
      "then a summary. Exit status 0 nothing found, 3 findings only, 2 refused, 1 unusable",
      AddCheckOptions, RunCheck},
 };
