@@ -1,6 +1,6 @@
 // assets: the asset identifiers the playlist uses; no conversion needed.
-#include "document/AssetKeys.h"
 #include "commands/Commands.h"
+#include "document/AssetKeys.h"
 
 namespace TimelineConvert {
 
