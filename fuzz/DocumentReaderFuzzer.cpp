@@ -7,8 +7,9 @@
 #include <cstdlib>
 #include <string>
 
-#include "PlaylistDocument.h"
-#include "TimelineJson.h"
+#include "document/AssetKeys.h"
+#include "document/PlaylistDocument.h"
+#include "export/EngineJson.h"
 
 namespace {
 

@@ -132,8 +132,8 @@ const flagged = [
   { document: "check-negative-speed", query: "1", texts: ["negative length on the timeline", "\u00d7-1"] },
   { document: "check-negative-duration", query: "1", texts: ["negative length on the timeline"] },
   { document: "check-overlap", query: "3", texts: ["starts before the part before it ends, with no transition"] },
-  { document: "check-aux-no-marked-range", query: "aux", texts: ["aux item plays 0 frames: its clip has no marked range (shortBounds)"] },
-  { document: "check-aux-open-end", query: "aux", texts: ["its clip's marked range (shortBounds) has an open end"] },
+  { document: "check-aux-no-marked-range", query: "aux", texts: ["aux item plays 0 frames: the asset has no marked range (shortBounds)"] },
+  { document: "check-aux-open-end", query: "aux", texts: ["the asset's marked range (shortBounds) has an open end"] },
 ];
 for (const row of flagged) {
   test(`flags in ${row.document}`, async () => {

@@ -4,7 +4,7 @@
 // states a dissolve as the next event starting while the previous source
 // keeps running. Everything that would move an item away from its engine
 // place is a problem; everything the list can only round is noted.
-#include "EdlExport.h"
+#include "export/EdlExport.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -13,7 +13,7 @@
 #include <set>
 #include <unordered_map>
 
-#include "EdlText.h"
+#include "export/EdlText.h"
 
 namespace TimelineConvert {
 

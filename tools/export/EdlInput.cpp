@@ -1,9 +1,9 @@
 // Element numbers, item numbers and inherited speeds come from the labels the
 // picture uses, so that every output names an item the same way.
-#include "EdlInput.h"
+#include "export/EdlInput.h"
 
-#include "PlaylistDocument.h"
-#include "TimelineView.h"
+#include "document/PlaylistDocument.h"
+#include "picture/TimelineView.h"
 
 namespace TimelineConvert {
 

@@ -3,7 +3,7 @@
 // gathered once so that the writer itself reads nothing but plain values.
 #pragma once
 
-#include "EdlExport.h"
+#include "export/EdlExport.h"
 
 namespace TimelineConvert {
 

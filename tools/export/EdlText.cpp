@@ -4,7 +4,7 @@
 // event number: a cut to the outgoing source, then the dissolve to the
 // incoming one. The M2 line's timecode keeps colons in drop-frame lists too,
 // because common readers match only colons there.
-#include "EdlText.h"
+#include "export/EdlText.h"
 
 #include <algorithm>
 #include <cctype>

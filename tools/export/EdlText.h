@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
-#include "EdlExport.h"
-#include "Timecode.h"
+#include "export/EdlExport.h"
+#include "export/Timecode.h"
 
 namespace TimelineConvert {
 

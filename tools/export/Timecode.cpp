@@ -1,7 +1,7 @@
 // Drop-frame counting skips the labels ;00 and ;01 (at 60 frames: ;00 to ;03)
 // at the start of every minute except each tenth, so that a label count at
 // 30 frames a second matches a clock running at 30000/1001.
-#include "Timecode.h"
+#include "export/Timecode.h"
 
 #include <cstdio>
 

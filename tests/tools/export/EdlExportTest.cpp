@@ -8,7 +8,7 @@
 #include <sstream>
 
 #include "../ToolTestSupport.h"
-#include "PlaylistDocument.h"
+#include "document/PlaylistDocument.h"
 #include "export/EdlExport.h"
 #include "export/EdlInput.h"
 #include "export/EdlText.h"

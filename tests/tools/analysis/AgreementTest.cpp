@@ -1,0 +1,126 @@
+// The outputs agree: for one document per kind of finding, check, the SVG
+// picture, the viewer's page data and both exports name the same findings at
+// the same places, and the OpenTimelineIO export refuses exactly when a
+// finding blocks it.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <nlohmann/json.hpp>
+#include <regex>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "ToolTestSupport.h"
+
+namespace {
+
+using tool_testing::RunTool;
+using tool_testing::SourcePath;
+using Json = nlohmann::json;
+
+// A finding as every output can name it: its kind and its element (-1 when it
+// is not at an element).
+using Named = std::pair<std::string, long long>;
+
+std::vector<Named> Sorted(std::vector<Named> named) {
+  std::sort(named.begin(), named.end());
+  return named;
+}
+
+long long ElementOf(const Json& object) {
+  return object.contains("element") ? object["element"].get<long long>() : -1;
+}
+
+// check --errors json: one object per finding on standard output, the refusal
+// on standard error.
+std::vector<Named> FromCheck(const std::string& input, std::string& firstBlockingOtio) {
+  const auto run = RunTool("check --errors json " + input);
+  std::vector<Named> named;
+  for (const auto* stream : {&run.out, &run.err}) {
+    std::size_t start = 0;
+    for (auto end = stream->find('\n'); end != std::string::npos;
+         start = end + 1, end = stream->find('\n', start)) {
+      const Json line = Json::parse(stream->substr(start, end - start));
+      const bool refused = line["status"] == "refused";
+      named.emplace_back(refused ? "refused" : line["kind"].get<std::string>(), ElementOf(line));
+      if (!refused && line["severity"] == "blocks-otio" && firstBlockingOtio.empty()) {
+        firstBlockingOtio = line["message"].get<std::string>();
+      }
+    }
+  }
+  return named;
+}
+
+std::vector<Named> FromPageData(const std::string& input) {
+  const std::string page = RunTool("render --html -o - " + input).out;
+  const std::string open = "id=\"timeline-data\">";
+  const auto start = page.find(open) + open.size();
+  const Json data = Json::parse(page.substr(start, page.find("</script>", start) - start));
+  std::vector<Named> named;
+  for (const auto& finding : data["findings"]) {
+    named.emplace_back(finding[0].get<std::string>(), finding[2].get<long long>());
+  }
+  return named;
+}
+
+// The SVG's header: a line per finding, "SEVERITY KIND [at element N (...)]: ...",
+// and "Refused: ..." with the place on the line after it.
+std::vector<Named> FromSvg(const std::string& input) {
+  const std::string svg = RunTool("render -o - " + input).out;
+  const std::regex line(
+      R"(>(refusal|blocks-otio|blocks-edl|warning|note) ([a-z-]+) (at element (\d+) )?)");
+  std::vector<Named> named;
+  for (auto match = std::sregex_iterator(svg.begin(), svg.end(), line);
+       match != std::sregex_iterator(); ++match) {
+    named.emplace_back((*match)[2], (*match)[4].matched ? std::stoll((*match)[4]) : -1);
+  }
+  const std::regex refused(R"(>Refused: [^<]*<[^>]*>\s*<text[^>]*>(at element (\d+) )?)");
+  std::smatch match;
+  if (std::regex_search(svg, match, refused)) {
+    named.emplace_back("refused", match[1].matched ? std::stoll(match[2]) : -1);
+  } else if (svg.find(">Refused: ") != std::string::npos) {
+    named.emplace_back("refused", -1);
+  }
+  return named;
+}
+
+TEST(Agreement, EveryOutputNamesTheSameFindingsAtTheSamePlaces) {
+  const char* const documents[] = {
+      "tests/tools/documents/check-negative-speed.json",
+      "tests/tools/documents/check-ignored-speed.json",
+      "tests/tools/documents/check-negative-duration.json",
+      "tests/tools/documents/check-overlap.json",
+      "tests/tools/documents/check-no-transition.json",
+      "tests/tools/documents/check-aux-no-marked-range.json",
+      "tests/tools/documents/check-aux-open-end.json",
+      "tests/tools/documents/check-outside-material.json",
+      "tests/tools/documents/check-unused-asset.json",
+      "tests/tools/documents/check-missing-asset.json",
+      "tests/tools/documents/check-zero-length-part.json",
+      "tests/tools/documents/check-transition-negative-length.json",
+      "examples/refused.json",
+      "examples/highlight.json",
+  };
+  for (const char* document : documents) {
+    SCOPED_TRACE(document);
+    const std::string input = "'" + SourcePath(document) + "'";
+    std::string blockingOtio;
+    const auto checked = Sorted(FromCheck(input, blockingOtio));
+    EXPECT_EQ(Sorted(FromPageData(input)), checked);
+    EXPECT_EQ(Sorted(FromSvg(input)), checked);
+    const bool refused = std::count_if(checked.begin(), checked.end(), [](const Named& named) {
+                           return named.first == "refused";
+                         }) != 0;
+    const auto engine = RunTool("convert -o /dev/null " + input);
+    EXPECT_EQ(engine.exitStatus, refused ? 2 : 0) << engine.err;
+    const auto otio = RunTool("convert --format otio -o /dev/null " + input);
+    EXPECT_EQ(otio.exitStatus, refused || !blockingOtio.empty() ? 2 : 0) << otio.err;
+    if (!refused && !blockingOtio.empty()) {
+      EXPECT_EQ(otio.err.substr(0, otio.err.find('\n')),
+                "Cannot export to OpenTimelineIO: " + blockingOtio);
+    }
+  }
+}
+
+}  // namespace

@@ -1,0 +1,149 @@
+// OpenTimelineIO export: each mapping rule and refusal on a small hand-worked
+// track, and the shipped example against the golden .otio and the engine's
+// places. The schemas are checked by the OtioSchema test (docs/otio.schema.json).
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <sstream>
+
+#include "ToolTestSupport.h"
+#include "document/PlaylistDocument.h"
+#include "export/OtioExport.h"
+
+namespace {
+
+namespace Engine = Kov::TimelineEngineModel;
+using Converter = Kov::Replivo::Tollan::TimelineEngineConversion::TimelineConverter;
+using Json = nlohmann::ordered_json;
+using tool_testing::ReadFile;
+using tool_testing::SourcePath;
+
+// A media item of asset `id` with a picture part only, or a sound part only.
+std::shared_ptr<Engine::TrackItem> Media(const char* id, std::int64_t in, std::int64_t length,
+                                         std::int64_t mediaIn, std::int64_t mediaLength,
+                                         bool soundOnly = false) {
+  auto item = std::make_shared<Engine::MediaSummaryItem>(id);
+  item->mediaId = id;
+  (soundOnly ? std::tie(item->timelineAudioIn, item->timelineAudioDuration, item->mediaAudioIn,
+                        item->mediaAudioDuration)
+             : std::tie(item->timelineVideoIn, item->timelineVideoDuration, item->mediaVideoIn,
+                        item->mediaVideoDuration)) = std::tie(in, length, mediaIn, mediaLength);
+  return item;
+}
+
+std::shared_ptr<Engine::TrackItem> Fx(const char* id, int kind, int offset, int duration) {
+  auto item = std::make_shared<Engine::FxVideoTransitionItem>(id);
+  item->effect = {kind, offset, duration, ""};
+  return item;
+}
+
+// "track: child, ..." per track, children placed as the format places them:
+// a clip or gap as name@end media-start+length (xscalar), a transition as
+// name in/out.
+std::string Layout(const Json& document) {
+  const auto frames = [](const Json& time) {
+    std::ostringstream text;
+    text << time["value"].get<double>();
+    return text.str();
+  };
+  std::string layout;
+  for (const auto& track : document["tracks"]["children"]) {
+    layout += (layout.empty() ? "" : "; ") + track["name"].get<std::string>() + ":";
+    std::int64_t end = 0;
+    for (const auto& child : track["children"]) {
+      const std::string name = child["OTIO_SCHEMA"] == "Gap.1" ? "gap" : child["name"];
+      if (child.contains("in_offset")) {
+        layout += " " + name + " " + frames(child["in_offset"]) + "/" + frames(child["out_offset"]);
+      } else {
+        const auto& range = child["source_range"];
+        end += range["duration"]["value"].get<std::int64_t>();
+        layout += " " + name + "@" + std::to_string(end) + " " + frames(range["start_time"]) + "+" +
+                  frames(range["duration"]);
+        for (const auto& effect : child["effects"]) {
+          layout += " x" + effect["time_scalar"].dump();
+        }
+      }
+      layout += ",";
+    }
+    layout.pop_back();
+  }
+  return layout;
+}
+
+TEST(OtioExport, MapsEachRuleOrRefusesNamingTheItem) {
+  const std::string refused = "Cannot export to OpenTimelineIO: ";
+  const std::string cutA = "track 1 picture: a@100 0+100, ";
+  const auto a = Media("a", 0, 100, 0, 100), overlapping = Fx("t", 2, 10, 10);
+  const std::tuple<const char*, std::vector<std::shared_ptr<Engine::TrackItem>>, std::string>
+      cases[] = {
+          {"Gap", {Media("a", 10, 40, 5, 40)}, "track 1 picture: gap@10 0+10, a@50 5+40"},
+          {"Overlap", {a, overlapping, Media("b", 90, 50, 20, 50)}, cutA + "t 10/0, b@140 30+40"},
+          {"NoOverlap",
+           {a, Fx("t", 1, 6, 12), Media("b", 100, 50, 20, 50)},
+           cutA + "t 6/6, b@150 20+50"},
+          {"HalfSpeed",
+           {a, overlapping, Media("b", 90, 50, 20, 25)},
+           cutA + "t 10/0, b@140 25+40 x0.5"},
+          {"Aux", {Media("x", 0, 500, 100, 500, true)}, "track 1 sound: x@500 100+500"},
+          {"Negative",
+           {Media("a", 0, -5, 0, -5)},
+           refused + "item a has a negative picture length (-5 frames)."},
+          {"Crossing",
+           {a, Media("b", 90, 50, 0, 50)},
+           refused + "item b overlaps the picture before it: it starts at frame 90, the previous "
+                     "picture ends at frame 100."},
+          {"TooShort",
+           {a, overlapping, Media("b", 90, 5, 0, 5)},
+           refused + "item b is shorter on the picture side (5 frames) than the 10 frames its "
+                     "transition t overlaps."}};
+  for (const auto& [name, items, expected] : cases) {
+    SCOPED_TRACE(name);
+    Engine::Timeline timeline;
+    timeline.tracks.push_back({"T1", 1, items});
+    try {
+      EXPECT_EQ(Layout(TimelineConvert::TimelineToOtio(timeline, {})), expected);
+    } catch (const TimelineConvert::OtioExportRefusal& refusal) {
+      EXPECT_EQ(refusal.what(), expected);
+    }
+  }
+}
+
+TEST(OtioExport, ShippedExampleKeepsTheEnginesClipsTransitionsAndEnds) {
+  // Ends and transitions as in tests/tools/golden/highlight.timeline.json.
+  const auto document =
+      TimelineConvert::ReadPlaylistDocument(ReadFile(SourcePath("examples/highlight.json")));
+  const auto otio = TimelineConvert::TimelineToOtio(
+      Converter::ToTimeline(document.playlist, Converter::FromTrackItems, document.assets),
+      TimelineConvert::OtioOptionsFromDocument(document, Converter::FromTrackItems));
+  EXPECT_EQ(
+      tool_testing::RunTool("convert --format otio '" + SourcePath("examples/highlight.json") + "'")
+          .out,
+      ReadFile(SourcePath("tests/tools/golden/highlight.otio")));
+  EXPECT_EQ(Layout(otio),
+            "track 1 picture: CAM-A-0031@150 50+150, e1e00004-0000-0002-0000-000700000003 10/0, "
+            "CAM-B-0032@240 30+90, CAM-SSM-001@440 0+200 x0.5, "
+            "e1e00004-0000-0004-0000-000700000003 6/6, CAM-A-0031@540 250+100; "
+            "track 1 sound: CAM-A-0031@150 50+150, e1e00004-0000-0002-0000-000700000002 8/0, "
+            "CAM-B-0032@250 20+100, CAM-SSM-001@450 0+200 x0.5, CAM-A-0031@550 250+100; "
+            "track 2 sound: COMMENT-01@500 100+500");
+}
+
+// The export refuses from the finding that blocks it, with that finding's place.
+TEST(OtioExport, ToolRefusesFromTheBlockingFindingWritingNothing) {
+  auto changed = nlohmann::json::parse(ReadFile(SourcePath("examples/highlight.json")));
+  changed["playlist"]["audioVideoTrack"]["elements"][0]["videoOutValue"] = 50;
+  const std::string input = tool_testing::WorkPath("negative.json"),
+                    output = tool_testing::WorkPath("negative.otio");
+  tool_testing::WriteFile(input, changed.dump());
+  std::filesystem::remove(output);
+  const auto run =
+      tool_testing::RunTool("convert --format otio '" + input + "' -o '" + output + "'");
+  EXPECT_EQ(run.exitStatus, 2);
+  EXPECT_EQ(run.err,
+            "Cannot export to OpenTimelineIO: the media item lasts -25 frames (picture) and 150 "
+            "frames (sound) on the timeline\ntimeline-convert: " +
+                input + ": at element 0 (item 1, clip CAM-A-0031)\n");
+  EXPECT_FALSE(std::filesystem::exists(output));
+}
+
+}  // namespace

@@ -1,0 +1,37 @@
+// The stages every command starts with: the input read whole and the
+// document read once.
+#include <iostream>
+
+#include "cli/InputFile.h"
+#include "commands/Commands.h"
+
+namespace TimelineConvert {
+
+DurationMode CommandContext::Mode() const {
+  using Kov::Replivo::Tollan::TimelineEngineConversion::TimelineConverter;
+  return options.durationMode == "playlist" ? TimelineConverter::FromPlaylist
+                                            : TimelineConverter::FromTrackItems;
+}
+
+ExitStatus RunCommand(ExitStatus (*command)(const CommandContext&), const CommandOptions& options) {
+  const FailureReport report(options.errors == "json" ? ErrorFormat::Json : ErrorFormat::Text,
+                             std::cerr);
+  const std::string inputName = InputName(options.input);
+  std::string text;
+  std::string problem;
+  if (!ReadInput(options.input, text, problem)) {
+    report.Io(inputName, "read", problem);
+    return ExitStatus::Unusable;
+  }
+  PlaylistDocument document;
+  try {
+    document = ReadPlaylistDocument(text);
+  } catch (const DocumentError& error) {
+    report.Malformed(inputName, error);
+    return ExitStatus::Unusable;
+  }
+  std::string().swap(text);  // the records hold all that is needed now
+  return command(CommandContext{options, document, report, inputName});
+}
+
+}  // namespace TimelineConvert

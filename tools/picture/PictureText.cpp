@@ -1,0 +1,95 @@
+// The words of the picture. The viewer receives what it shows of these in its
+// page data, so that the SVG and the viewer write them alike.
+#include "picture/PictureText.h"
+
+#include "picture/TimelineView.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+
+namespace TimelineConvert {
+
+std::string SpeedText(std::int32_t numerator, std::int32_t denominator) {
+  if (denominator != 0) {
+    const double value = static_cast<double>(numerator) / static_cast<double>(denominator);
+    char buffer[32];
+    std::snprintf(buffer, sizeof buffer, "%g", value);
+    if (std::strtod(buffer, nullptr) == value && std::string(buffer).size() <= 6) {
+      return "\xC3\x97" + std::string(buffer);
+    }
+  }
+  return "\xC3\x97" + std::to_string(numerator) + "/" + std::to_string(denominator);
+}
+
+long long NominalFrameRate(const Kov::TimePoints::Rate& rate) {
+  if (rate.numerator <= 0 || rate.denominator <= 0) {
+    return 0;
+  }
+  return std::max(1LL, std::llround(static_cast<double>(rate.numerator) /
+                                    static_cast<double>(rate.denominator)));
+}
+
+std::string Timecode(double frame, const Kov::TimePoints::Rate& rate) {
+  const long long framesPerSecond = NominalFrameRate(rate);
+  const long long whole = std::llround(frame);
+  if (framesPerSecond <= 0) {
+    return "frame " + std::to_string(whole);
+  }
+  const unsigned long long magnitude =
+      whole < 0 ? 0ULL - static_cast<unsigned long long>(whole) : whole;
+  const auto perSecond = static_cast<unsigned long long>(framesPerSecond);
+  const unsigned long long seconds = magnitude / perSecond;
+  char buffer[64];
+  std::snprintf(buffer, sizeof buffer, "%s%02llu:%02llu:%02llu:%02llu", whole < 0 ? "-" : "",
+                seconds / 3600, seconds / 60 % 60, seconds % 60, magnitude % perSecond);
+  return buffer;
+}
+
+const char* ProblemWords(std::uint8_t flag) {
+  switch (flag) {
+    case kNegative:
+      return "negative length on the timeline";
+    case kZero:
+      return "plays media but takes 0 frames on the timeline";
+    case kOverlap:
+      return "starts before the part before it ends, with no transition";
+    default:
+      return "";
+  }
+}
+
+std::string EscapeXml(const std::string& text) {
+  std::string escaped;
+  escaped.reserve(text.size());
+  for (const char c : text) {
+    switch (c) {
+      case '&':
+        escaped += "&amp;";
+        break;
+      case '<':
+        escaped += "&lt;";
+        break;
+      case '>':
+        escaped += "&gt;";
+        break;
+      case '"':
+        escaped += "&quot;";
+        break;
+      case '\'':
+        escaped += "&apos;";
+        break;
+      default:
+        // XML cannot carry most control characters, not even as references.
+        if (static_cast<unsigned char>(c) < 0x20 && c != '\n' && c != '\t') {
+          escaped += "\xEF\xBF\xBD";
+        } else {
+          escaped += c;
+        }
+    }
+  }
+  return escaped;
+}
+
+}  // namespace TimelineConvert

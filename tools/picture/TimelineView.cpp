@@ -1,0 +1,320 @@
+// Works out the marks of the picture in one pass over the timeline, so that
+// drawing stays linear in the number of items whatever the drawing does.
+#include "picture/TimelineView.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <limits>
+
+namespace TimelineConvert {
+
+namespace {
+
+namespace Engine = Kov::TimelineEngineModel;
+namespace Data = Kov::Replivo::Data;
+
+std::string GuidText(const Data::Guid& guid) {
+  char buffer[Data::Guid::kTextLength + 1];
+  return guid.ToString(buffer, sizeof buffer);
+}
+
+}  // namespace
+
+PictureLabels LabelsFromDocument(const PlaylistDocument& document, bool playlistDuration) {
+  namespace Elements = Data::Sequences::Elements;
+  PictureLabels labels;
+  const auto& playlist = document.playlist;
+  labels.title = "Timeline " + std::string(playlist.umId.GetUmId());
+  for (const auto& asset : document.assetOrder) {
+    labels.assets.emplace_back(asset.key.Text(),
+                               asset.umId.empty() ? asset.key.Text() : asset.umId);
+  }
+  // The speed runs on from element to element, as the conversion carries it.
+  Data::Channels::Speed speed{1, 1};
+  const auto& elements = playlist.audioVideoTrack.elements;
+  labels.elements.reserve(elements.size());
+  labels.itemElements.reserve(3 * elements.size());
+  labels.itemNumbers.reserve(elements.size() + 1);
+  for (std::size_t index = 0; index < elements.size(); ++index) {
+    const auto& element = elements[index];
+    SourceElement source;
+    source.index = index;
+    source.number = element.number;
+    source.itemNumber = element.itemNumber;
+    source.clip = element.umId.GetUmId();
+    source.inBoundaryKind = element.inBoundaryKind;
+    source.outBoundaryKind = element.outBoundaryKind;
+    source.videoIn = element.videoInValue;
+    source.videoOut = element.videoOutValue;
+    source.audioIn = element.audioInValue;
+    source.audioOut = element.audioOutValue;
+    source.videoTransitionType = element.transitionType;
+    source.videoTransitionDuration = element.videoTransitionDuration;
+    source.audioTransitionType = element.audioTransitionType;
+    source.audioTransitionDuration = element.audioTransitionDuration;
+    source.ownSpeed =
+        element.speed != Data::Channels::Speed::Empty() && element.speed.numerator != 0;
+    if (source.ownSpeed) {
+      speed = element.speed;
+    }
+    source.speedNumerator = speed.numerator;
+    source.speedDenominator = speed.denominator;
+    labels.elements.push_back(std::move(source));
+    const std::string itemId = GuidText(Elements::Guid(element.number, element.serverId));
+    labels.itemNumbers[itemId] = "#" + std::to_string(element.itemNumber);
+    labels.itemElements[itemId] = index;
+    labels.itemElements[GuidText(
+        Elements::Guid(element.number, element.serverId, Elements::Guid::VideoTransition))] = index;
+    labels.itemElements[GuidText(
+        Elements::Guid(element.number, element.serverId, Elements::Guid::AudioTransition))] = index;
+  }
+  labels.itemNumbers[GuidText(
+      Elements::Guid(playlist.number, playlist.serverId, Elements::Guid::AuxTrack))] = "aux";
+  labels.durationMode = playlistDuration ? "playlist (the playlist's own duration)"
+                                         : "items (the timeline ends with its last media item)";
+  return labels;
+}
+
+PictureLabels LabelsFromOutcome(const PlaylistDocument& document, const Outcome& outcome,
+                                std::vector<Finding> findings) {
+  auto labels = LabelsFromDocument(
+      document,
+      outcome.mode ==
+          Kov::Replivo::Tollan::TimelineEngineConversion::TimelineConverter::FromPlaylist);
+  labels.auxReason = AuxItemReason(findings);
+  if (outcome.refusal) {
+    const auto& place = outcome.refusal->place;
+    labels.refusal = PictureRefusal{outcome.refusal->message, std::nullopt, DescribePlace(place)};
+    if (place.source == DocumentPlace::Source::Element) {
+      labels.refusal->element = place.element;
+    }
+  }
+  labels.findings = std::move(findings);
+  return labels;
+}
+
+namespace {
+
+// Tracks, per row, where the last media part ended, how far the ones before
+// it reached, and whether a transition came after it, to find overlaps
+// nothing explains: a transition explains an overlap with the part just
+// before it, never one with an older part.
+struct RowState {
+  double end = 0;
+  double older = -std::numeric_limits<double>::infinity();
+  bool seenMedia = false;
+  bool transitionSince = false;
+
+  bool Overlaps(double low) const {
+    return seenMedia && (low < older || (low < end && !transitionSince));
+  }
+  void Passed(double high) {
+    if (seenMedia) {
+      older = std::max(older, end);
+    }
+    end = high;
+    seenMedia = true;
+    transitionSince = false;
+  }
+};
+
+struct ViewBuilder {
+  const PictureLabels& labels;
+  TimelineView view;
+  std::unordered_map<std::string, int> assetIndex;
+  std::vector<double> mediaLengths;
+
+  void AddPart(ViewRow& row, RowState& state, std::int64_t start, std::int64_t length,
+               std::int64_t mediaLength, std::uint8_t flags, std::uint32_t item) {
+    Mark mark{static_cast<double>(start), static_cast<double>(length),
+              row.sound ? MarkKind::Sound : MarkKind::Picture, flags, item};
+    if (length < 0) {
+      mark.flags |= kNegative;
+    } else if (length == 0 && mediaLength != 0) {
+      mark.flags |= kZero;
+    }
+    const double low = std::min(mark.start, mark.start + mark.length);
+    const double high = std::max(mark.start, mark.start + mark.length);
+    if ((mark.flags & kAuxZero) == 0 && state.Overlaps(low)) {
+      mark.flags |= kOverlap;
+    }
+    state.Passed(high);
+    if (length > 0) {
+      mediaLengths.push_back(mark.length);
+    }
+    view.items[item].flags |= mark.flags;
+    row.marks.push_back(mark);
+  }
+
+  void AddMedia(std::size_t track, const Engine::MediaSummaryItem& media, RowState* states) {
+    ViewItem item;
+    item.id = media.Id().Text();
+    const auto number = labels.itemNumbers.find(item.id);
+    item.number = number != labels.itemNumbers.end() ? number->second : "#?";
+    const auto element = labels.itemElements.find(item.id);
+    if (element != labels.itemElements.end()) {
+      item.element = element->second;
+    }
+    item.track = track;
+    item.timelineVideoIn = media.timelineVideoIn;
+    item.timelineVideoDuration = media.timelineVideoDuration;
+    item.timelineAudioIn = media.timelineAudioIn;
+    item.timelineAudioDuration = media.timelineAudioDuration;
+    item.mediaVideoIn = media.mediaVideoIn;
+    item.mediaVideoDuration = media.mediaVideoDuration;
+    item.mediaAudioIn = media.mediaAudioIn;
+    item.mediaAudioDuration = media.mediaAudioDuration;
+    item.mediaId = media.mediaId.Text();
+    const auto asset = assetIndex.find(item.mediaId);
+    item.asset = asset != assetIndex.end() ? asset->second : -1;
+    std::uint8_t flags = 0;
+    if (item.element) {
+      const auto& source = labels.elements[*item.element];
+      if (source.speedNumerator != source.speedDenominator) {
+        flags |= kSpeedChanged;
+      }
+    }
+    const auto index = static_cast<std::uint32_t>(view.items.size());
+    view.items.push_back(std::move(item));
+    auto& rows = view.rows;
+    // A part the element does not have is 0 on both sides and is not drawn;
+    // the aux item that plays nothing is drawn all the same, as a marker.
+    const bool aux = view.items[index].number == "aux";
+    // A part that is not drawn still ends where it is placed.
+    if (media.timelineVideoDuration != 0 || media.mediaVideoDuration != 0) {
+      AddPart(rows[2 * track], states[0], media.timelineVideoIn, media.timelineVideoDuration,
+              media.mediaVideoDuration, flags, index);
+    } else {
+      states[0].Passed(static_cast<double>(media.timelineVideoIn));
+    }
+    if (media.timelineAudioDuration != 0 || media.mediaAudioDuration != 0) {
+      AddPart(rows[2 * track + 1], states[1], media.timelineAudioIn, media.timelineAudioDuration,
+              media.mediaAudioDuration, flags, index);
+    } else if (aux) {
+      AddPart(rows[2 * track + 1], states[1], media.timelineAudioIn, 0, 0, flags | kAuxZero, index);
+    } else {
+      states[1].Passed(static_cast<double>(media.timelineAudioIn));
+    }
+  }
+
+  // A transition lies `offset` frames before the cut, which is where the
+  // previous media item's part ends, and lasts `duration` frames.
+  void AddTransition(std::size_t track, const Engine::FxTransitionItem& fx,
+                     const Engine::MediaSummaryItem* previous, RowState* states) {
+    const bool sound = fx.GetType() == Engine::FxAudioTransition;
+    ViewItem item;
+    item.id = fx.Id().Text();
+    const auto element = labels.itemElements.find(item.id);
+    if (element != labels.itemElements.end()) {
+      item.element = element->second;
+      item.number = "#" + std::to_string(labels.elements[element->second].itemNumber) +
+                    (sound ? " audio fx" : " video fx");
+    } else {
+      item.number = sound ? "audio fx" : "video fx";
+    }
+    item.track = track;
+    item.transition = true;
+    item.audio = sound;
+    const auto& effect = fx.FxTransition();
+    item.effectKind = effect.kind;
+    item.offset = effect.offset;
+    item.duration = effect.duration;
+    const auto index = static_cast<std::uint32_t>(view.items.size());
+    view.items.push_back(std::move(item));
+    states[sound ? 1 : 0].transitionSince = true;
+    if (previous == nullptr) {
+      return;
+    }
+    const double cut = sound ? static_cast<double>(previous->timelineAudioIn) +
+                                   static_cast<double>(previous->timelineAudioDuration)
+                             : static_cast<double>(previous->timelineVideoIn) +
+                                   static_cast<double>(previous->timelineVideoDuration);
+    view.rows[2 * track + (sound ? 1 : 0)].marks.push_back(
+        Mark{cut - static_cast<double>(effect.offset), static_cast<double>(effect.duration),
+             sound ? MarkKind::AudioTransition : MarkKind::VideoTransition, 0, index});
+  }
+
+  void AddRefused(const RowState* states) {
+    const auto& refusal = *labels.refusal;
+    if (!refusal.element || *refusal.element >= labels.elements.size() || view.rows.empty()) {
+      return;
+    }
+    const auto& source = labels.elements[*refusal.element];
+    ViewItem item;
+    item.number = "#" + std::to_string(source.itemNumber);
+    item.element = refusal.element;
+    item.flags = kRefused;
+    const auto index = static_cast<std::uint32_t>(view.items.size());
+    view.items.push_back(std::move(item));
+    for (int side = 0; side < 2; ++side) {
+      view.rows[static_cast<std::size_t>(side)].marks.push_back(
+          Mark{states[side].end, 0, MarkKind::Refused, kRefused, index});
+    }
+  }
+};
+
+}  // namespace
+
+TimelineView MakeTimelineView(const Engine::Timeline& timeline, const PictureLabels& labels) {
+  ViewBuilder builder{labels, {}, {}, {}};
+  for (std::size_t index = 0; index < labels.assets.size(); ++index) {
+    builder.assetIndex.emplace(labels.assets[index].first, static_cast<int>(index));
+  }
+  auto& view = builder.view;
+  // A refused playlist may have converted nothing; its refused element still
+  // needs a lane to be drawn in.
+  const std::size_t trackCount =
+      std::max<std::size_t>(timeline.tracks.size(), labels.refusal ? 1 : 0);
+  for (std::size_t track = 0; track < trackCount; ++track) {
+    view.rows.push_back(ViewRow{track, false, {}});
+    view.rows.push_back(ViewRow{track, true, {}});
+    view.trackIds.push_back(track < timeline.tracks.size() ? timeline.tracks[track].id.Text() : "");
+  }
+  std::vector<RowState> states(2 * trackCount);
+  for (std::size_t track = 0; track < timeline.tracks.size(); ++track) {
+    const Engine::MediaSummaryItem* previous = nullptr;
+    for (const auto& item : timeline.tracks[track].items) {
+      if (const auto* media = dynamic_cast<const Engine::MediaSummaryItem*>(item.get())) {
+        builder.AddMedia(track, *media, &states[2 * track]);
+        previous = media;
+      } else if (const auto* fx = dynamic_cast<const Engine::FxTransitionItem*>(item.get())) {
+        builder.AddTransition(track, *fx, previous, &states[2 * track]);
+      }
+    }
+  }
+  if (labels.refusal) {
+    builder.AddRefused(states.data());
+  }
+  double first = 0;
+  double last = std::max(1.0, static_cast<double>(timeline.duration));
+  for (const auto& row : view.rows) {
+    for (const auto& mark : row.marks) {
+      first = std::min({first, mark.start, mark.start + mark.length});
+      last = std::max({last, mark.start, mark.start + mark.length});
+    }
+  }
+  view.firstFrame = first;
+  view.lastFrame = std::max(last, first + 1);
+  auto& lengths = builder.mediaLengths;
+  view.typicalLength = view.lastFrame - view.firstFrame;
+  if (!lengths.empty()) {
+    std::nth_element(lengths.begin(),
+                     lengths.begin() + static_cast<std::ptrdiff_t>(lengths.size() / 2),
+                     lengths.end());
+    view.typicalLength = lengths[lengths.size() / 2];
+  }
+  return view;
+}
+
+Picture MakePicture(const PlaylistDocument& document, const Outcome& outcome,
+                    std::vector<Finding> findings) {
+  Picture picture{outcome.timeline,
+                  document.playlist.rate,
+                  LabelsFromOutcome(document, outcome, std::move(findings)),
+                  {}};
+  picture.view = MakeTimelineView(outcome.timeline, picture.labels);
+  return picture;
+}
+
+}  // namespace TimelineConvert
