@@ -32,9 +32,9 @@ struct TIMELINE_ENGINE_CONVERSION_API TimeBoundsCompareEqual {
 };
 
 // The recorded ranges of an asset's material, sorted.
-class TimeBoundsArray : public BusinessEntityModel::BaseTypes::SortedVectorBase<
-                            TimePoints::TimeBounds, TimeBoundsCompareLess, TimeBoundsCompareEqual> {
-};
+class TimeBoundsArray final
+    : public BusinessEntityModel::BaseTypes::SortedVectorBase<
+          TimePoints::TimeBounds, TimeBoundsCompareLess, TimeBoundsCompareEqual> {};
 
 // One track of a media resource; `kind` 2 is picture, 0 is sound.
 struct Track {

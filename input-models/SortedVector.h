@@ -19,6 +19,10 @@ namespace Kov {
 namespace BusinessEntityModel {
 namespace BaseTypes {
 
+// SortedVectorBase is only a base: its destructor is protected and not virtual,
+// so a container is never destroyed through a pointer to the base, and the
+// containers below are final. Neither changes the object layout or the virtual
+// table, which the library shares with its callers.
 template <typename T, typename Less, typename Equal, typename Allocator = std::allocator<T>>
 class SortedVectorBase {
  public:
@@ -46,6 +50,14 @@ class SortedVectorBase {
   const T& front() const { return items_.front(); }
   const T& back() const { return items_.back(); }
   const T& operator[](std::size_t index) const { return items_[index]; }
+
+ protected:
+  SortedVectorBase() = default;
+  SortedVectorBase(const SortedVectorBase&) = default;
+  SortedVectorBase(SortedVectorBase&&) = default;
+  SortedVectorBase& operator=(const SortedVectorBase&) = default;
+  SortedVectorBase& operator=(SortedVectorBase&&) = default;
+  ~SortedVectorBase() = default;
 
  private:
   // Binary search halving the remaining count, the middle taken at its integer half.
@@ -92,10 +104,11 @@ struct CompareEqual<SharedReference<T>> {
 };
 
 template <typename T, typename Allocator = std::allocator<T>>
-class SortedVector : public SortedVectorBase<T, CompareLess<T>, CompareEqual<T>, Allocator> {};
+class SortedVector final : public SortedVectorBase<T, CompareLess<T>, CompareEqual<T>, Allocator> {
+};
 
 template <typename T, typename Allocator = std::allocator<std::shared_ptr<T>>>
-class SortedVectorSharedPointer
+class SortedVectorSharedPointer final
     : public SortedVectorBase<std::shared_ptr<T>, CompareLessPointer<std::shared_ptr<T>>,
                               CompareEqualPointer<std::shared_ptr<T>>, Allocator> {};
 
