@@ -217,7 +217,7 @@ foreach(name ${runtime} libtimelineengineconversion-dev timeline-convert)
 endforeach()
 # The files that the manual names are installed.
 file(READ "${TEC_SOURCE_DIR}/tools/timeline-convert.1" manual)
-string(REGEX MATCHALL "/usr/share/[^ \n]+" named_files "${manual}")
+string(REGEX MATCHALL "/usr/share/doc/timeline-convert/[^ \n]*" named_files "${manual}")
 foreach(path IN LISTS named_files)
   if(NOT EXISTS "${root_timeline-convert}${path}")
     list(APPEND broken "timeline-convert: the manual names ${path}, which is not installed")
