@@ -131,7 +131,13 @@ find_program(TEC_GZIP gzip REQUIRED)
 execute_process(COMMAND "${TEC_GZIP}" -9nc "${TEC_DEBIAN_BUILD}/changelog"
                 OUTPUT_FILE "${TEC_DEBIAN_BUILD}/changelog.Debian.gz" COMMAND_ERROR_IS_FATAL ANY)
 file(WRITE "${TEC_DEBIAN_BUILD}/triggers" "activate-noawait ldconfig\n")
-# The integrators' change log, under the name Debian gives an upstream one.
+# The integrators' change log, under the name Debian gives an upstream one. It
+# must have a section for the version being built.
+file(STRINGS "${PROJECT_SOURCE_DIR}/CHANGELOG.md" tec_changelog_sections REGEX "^## ")
+if(NOT "## ${PROJECT_VERSION}" IN_LIST tec_changelog_sections)
+  message(FATAL_ERROR "CHANGELOG.md has no section '## ${PROJECT_VERSION}': say what changed "
+                      "for integrators in this version")
+endif()
 execute_process(COMMAND "${TEC_GZIP}" -9nc "${PROJECT_SOURCE_DIR}/CHANGELOG.md"
                 OUTPUT_FILE "${TEC_DEBIAN_BUILD}/changelog.gz" COMMAND_ERROR_IS_FATAL ANY)
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/CHANGELOG.md"
