@@ -2,10 +2,9 @@
 """Keeps the manual and the shell completions in step with the tool: every
 command that `timeline-convert --help` lists, every option (short and long)
 of every command's --help and every value an option takes must appear in the
-manual and be offered by the bash, zsh and fish completions. The bash and
-fish completions are run in their shells; the zsh one is read command by
-command (its case branches) and checked by `zsh -n`. Each missing entry is
-reported with the file to add it to.
+manual and be offered by the bash, zsh and fish completions, each run in its
+own shell (zsh's through a pseudo-terminal, complete_zsh.zsh). Each missing
+entry is reported with the file to add it to.
 
 Usage: check_help_coverage.py TOOL SOURCE_DIR [BASH] [ZSH] [FISH]
 (a shell given as "" is skipped)
@@ -13,6 +12,7 @@ Usage: check_help_coverage.py TOOL SOURCE_DIR [BASH] [ZSH] [FISH]
 import re
 import subprocess
 import sys
+import tempfile
 
 tool, source_dir = sys.argv[1:3]
 bash, zsh, fish = (sys.argv[3:6] + ["", "", ""])[:3]
@@ -73,61 +73,57 @@ for command, options in expected.items():
                  f"the value {value} of {option}", command)
 
 
-def offered(shell, script, words):
-    """The candidates a completion offers after the words typed so far."""
-    if shell == "bash":
-        code = (f'source "{script}"; COMP_WORDS=({" ".join(words)}); '
-                f'COMP_CWORD=$(( ${{#COMP_WORDS[@]}} - 1 )); _timeline_convert; '
-                'printf "%s\\n" "${COMPREPLY[@]}"')
-        quoted = [f'"{w}"' for w in words]
-        code = code.replace(" ".join(words), " ".join(quoted))
-        output = subprocess.run([bash, "--norc", "-c", code], capture_output=True, text=True,
-                                check=True).stdout
-    else:
-        line = " ".join(words)
-        output = subprocess.run([fish, "-N", "-c", f'source "{script}"; complete -C"{line}"'],
-                                capture_output=True, text=True, check=True).stdout
-    return {entry.split("\t")[0] for entry in output.splitlines()}
-
-
-for shell, script in (("bash", bash_path), ("fish", fish_path)):
-    if not (bash if shell == "bash" else fish):
-        continue
-    need(script, set(commands) <= offered(shell, script, ["timeline-convert", ""]),
-         "every command: " + " ".join(commands), None)
-    for command, options in expected.items():
-        typed = ["timeline-convert"] + ([command] if command else [])
-        dash_offers = offered(shell, script, typed + ["-"])
-        for option, values in options.items():
-            need(script, option in dash_offers or option in offered(shell, script, typed + [option]),
-                 option, command)
-            if values:
-                value_offers = offered(shell, script, typed + [option, ""])
-                for value in values:
-                    need(script, value in value_offers, f"the value {value} after {option}",
-                         command)
-
-if zsh:
-    subprocess.run([zsh, "-n", zsh_path], check=True)
-    with open(zsh_path) as zsh_file:
-        text = zsh_file.read()
-    # Options of every command come before `case $line[1]`, a command's own in
-    # its branch; the top level's before the `(command)` state.
-    common = text.split("case $line[1]", 1)[0].split("(argument)", 1)[-1]
-    top = text.split("case $state", 1)[0]
-    for command, options in expected.items():
-        if command:
-            need(zsh_path, re.search(rf"'{command}:", text), "(in the commands array)", command)
-            branch = re.search(rf"\({command}\)\n(.*?);;", text, re.S)
-            scope = common + (branch.group(1) if branch else "")
+def offered(shell, script, queries):
+    """For each query (the words typed after the program's name, the last one
+    being completed), the candidates the completion offers."""
+    if shell == "zsh":
+        with tempfile.TemporaryDirectory() as work:
+            output = subprocess.run(
+                [zsh, "-f", f"{source_dir}/tests/packaging/complete_zsh.zsh", script, work,
+                 *(" ".join(query) for query in queries)],
+                capture_output=True, text=True, check=True, timeout=120).stdout
+        blocks = output.split("@@\n")[:len(queries)]
+        return [set(block.split()) for block in blocks]
+    results = []
+    for query in queries:
+        words = ["timeline-convert", *query]
+        if shell == "bash":
+            array = " ".join(f"'{word}'" for word in words)
+            code = (f'source "{script}"; COMP_WORDS=({array}); COMP_CWORD={len(words) - 1}; '
+                    '_timeline_convert; printf "%s\\n" "${COMPREPLY[@]}"')
+            command = [bash, "--norc", "-c", code]
         else:
-            scope = top
+            command = [fish, "-N", "-c", f'source "{script}"; complete -C"{" ".join(words)}"']
+        output = subprocess.run(command, capture_output=True, text=True, check=True).stdout
+        results.append({entry.split("\t")[0] for entry in output.splitlines()})
+    return results
+
+
+# What each completion must offer: the commands on an empty line; after a
+# command (or none) and "-", its options (or, for an option that dash does not
+# list, after the option itself); after an option taking a value, its values.
+for shell, program, script in (("bash", bash, bash_path), ("zsh", zsh, zsh_path),
+                               ("fish", fish, fish_path)):
+    if not program:
+        continue
+    checks = [(None, " ".join(commands), set(commands), [""])]
+    for command, options in expected.items():
+        typed = [command] if command else []
+        checks.append((command, None, None, typed + ["-"]))
         for option, values in options.items():
-            need(zsh_path, re.search(rf"(?<![\w-]){re.escape(option)}(?![\w-])", scope), option,
-                 command)
-            for value in values:
-                need(zsh_path, re.search(rf"\b{re.escape(value)}\b", scope),
-                     f"the value {value} of {option}", command)
+            checks.append((command, option, {option}, typed + [option]))
+            if values:
+                checks.append((command, f"{', '.join(values)} after {option}", set(values),
+                               typed + [option, ""]))
+    results = offered(shell, script, [query for _, _, _, query in checks])
+    dash_offers = {}
+    for (command, what, wanted, query), found in zip(checks, results):
+        if what is None:
+            dash_offers[command] = found
+        elif query[-1] == what:
+            need(script, what in found or what in dash_offers[command], what, command)
+        else:
+            need(script, wanted <= found, what, command)
 
 if problems:
     sys.exit("The manual or a completion misses what --help shows:\n  " + "\n  ".join(problems))
