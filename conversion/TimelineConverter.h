@@ -25,9 +25,9 @@ class TIMELINE_ENGINE_CONVERSION_API TimelineConverter {
   /// How the timeline's duration is found. Only 0 is tested for: any other
   /// value behaves as FromPlaylist.
   enum DurationMode : std::int32_t {
-    // The end of the last media item of the audio-video track.
+    /// The end of the last media item of the audio-video track.
     FromTrackItems = 0,
-    // The playlist's own duration, in frames.
+    /// The playlist's own duration (durationInFields), in frames.
     FromPlaylist = 1,
   };
 

@@ -35,6 +35,7 @@ struct CurrentSequencePlayStatus {
   Data::Channels::Speed speed{1, 1};
 };
 
+/// Which side a transition item belongs to: 0 the picture, 1 the sound.
 enum FxTransitionType : std::int32_t { Video = 0, Audio = 1 };
 
 /// The identifier of an element's video or audio transition item: distinct from

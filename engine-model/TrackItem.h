@@ -15,9 +15,9 @@ namespace TimelineEngineModel {
 
 /// Which concrete class an item is.
 enum TrackItemType : std::int32_t {
-  MediaSummary = 1,
-  FxAudioTransition = 2,
-  FxVideoTransition = 3,
+  MediaSummary = 1,       ///< MediaSummaryItem: media placed on the timeline
+  FxAudioTransition = 2,  ///< FxAudioTransitionItem: a sound transition
+  FxVideoTransition = 3,  ///< FxVideoTransitionItem: a picture transition
 };
 
 class TIMELINE_ENGINE_CONVERSION_API TrackItem {

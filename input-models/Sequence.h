@@ -21,6 +21,7 @@ namespace Sequences {
 /// returns -1, which the time conversions treat as unsupported.
 class TIMELINE_ENGINE_CONVERSION_API Element {
  public:
+  /// The element's class: 0 VideoElement, 1 AudioElement, 2 AudioVideoElement.
   enum Type : std::int32_t { Video = 0, Audio = 1, AudioVideo = 2 };
 
   virtual Type GetType() const;

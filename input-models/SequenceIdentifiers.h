@@ -143,6 +143,8 @@ namespace Elements {
 /// from an element or playlist (with a category).
 class TIMELINE_ENGINE_CONVERSION_API Guid : public Data::Guid {
  public:
+  /// What the GUID names besides the element's media item: 1 the aux track's
+  /// item, 2 the element's audio transition item, 3 its video transition item.
   enum Category : std::uint32_t { AuxTrack = 1, AudioTransition = 2, VideoTransition = 3 };
 
   Guid(unsigned number, const Servers::ServerId& serverId);

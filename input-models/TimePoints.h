@@ -29,10 +29,11 @@ TIMELINE_ENGINE_CONVERSION_API const Rate& Rate5994();
 // Arrays of ranges are exchanged with other libraries byte for byte, so both
 // records are packed: 9 and 18 bytes, no padding.
 #pragma pack(push, 1)
+/// One end of a time range (9 packed bytes).
 struct TimeBoundary {
-  // The time point, in ticks of 100 ns; TimePoint::MaxValue() means "no end yet".
+  /// The time point, in ticks of 100 ns; TimePoint::MaxValue() means "no end yet".
   std::int64_t value = 0;
-  // A qualifier of the time point, only ever compared for equality.
+  /// A qualifier of the time point, only ever compared for equality.
   std::uint8_t boundaryFlag = 0;
 };
 
