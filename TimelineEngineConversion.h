@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The umbrella header: every public type and operation of the library. Include
 // it as <TimelineEngineConversion/TimelineEngineConversion.h>.
 #pragma once

@@ -78,6 +78,32 @@ set(TEC_PC_TEMPLATE "${PROJECT_SOURCE_DIR}/cmake/TimelineEngineConversion.pc.in"
 configure_file(cmake/InstallPkgConfig.cmake.in "${PROJECT_BINARY_DIR}/InstallPkgConfig.cmake" @ONLY)
 install(SCRIPT "${PROJECT_BINARY_DIR}/InstallPkgConfig.cmake" COMPONENT development)
 
+# The documentation goes where Debian puts a package's documents,
+# share/doc/<package>, for a plain `cmake --install` too, so that the relative
+# links between the documents hold wherever the tree is installed. Each package
+# carries every document its documents link to (tests/packaging checks).
+set(TEC_DEV_DOC_DIR "${CMAKE_INSTALL_DATAROOTDIR}/doc/libtimelineengineconversion-dev")
+install(FILES docs/integration.md docs/guarantees.md DESTINATION ${TEC_DEV_DOC_DIR}
+        COMPONENT development)
+install(FILES examples/highlight_sequence.cpp DESTINATION ${TEC_DEV_DOC_DIR}/examples
+        COMPONENT development)
+install(FILES examples/consumer/CMakeLists.txt examples/consumer/main.cpp
+        DESTINATION ${TEC_DEV_DOC_DIR}/examples/consumer COMPONENT development)
+include(ApiReference)
+if(TEC_BUILD_TOOLS)
+  set(tec_tool_doc_dir "${CMAKE_INSTALL_DATAROOTDIR}/doc/timeline-convert")
+  install(FILES docs/cli.md docs/json-format.md docs/otio.md docs/performance.md docs/viewer.png
+                docs/playlist.schema.json docs/otio.schema.json
+          DESTINATION ${tec_tool_doc_dir} COMPONENT tool)
+  install(FILES examples/highlight.json examples/refused.json
+          DESTINATION ${tec_tool_doc_dir}/examples COMPONENT tool)
+  # Completion for zsh and fish, where Debian's shells look for a package's own.
+  install(FILES tools/timeline-convert.zsh-completion RENAME _timeline-convert
+          DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/zsh/vendor-completions COMPONENT tool)
+  install(FILES tools/timeline-convert.fish-completion RENAME timeline-convert.fish
+          DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/fish/vendor_completions.d COMPONENT tool)
+endif()
+
 
 # The Debian packages: `cpack -G DEB` in the build directory makes all three.
 # The maintainer is named here and nowhere else: the control files, the
@@ -105,11 +131,23 @@ find_program(TEC_GZIP gzip REQUIRED)
 execute_process(COMMAND "${TEC_GZIP}" -9nc "${TEC_DEBIAN_BUILD}/changelog"
                 OUTPUT_FILE "${TEC_DEBIAN_BUILD}/changelog.Debian.gz" COMMAND_ERROR_IS_FATAL ANY)
 file(WRITE "${TEC_DEBIAN_BUILD}/triggers" "activate-noawait ldconfig\n")
+# The integrators' change log, under the name Debian gives an upstream one. It
+# must have a section for the version being built.
+file(STRINGS "${PROJECT_SOURCE_DIR}/CHANGELOG.md" tec_changelog_sections REGEX "^## ")
+if(NOT "## ${PROJECT_VERSION}" IN_LIST tec_changelog_sections)
+  message(FATAL_ERROR "CHANGELOG.md has no section '## ${PROJECT_VERSION}': say what changed "
+                      "for integrators in this version")
+endif()
+execute_process(COMMAND "${TEC_GZIP}" -9nc "${PROJECT_SOURCE_DIR}/CHANGELOG.md"
+                OUTPUT_FILE "${TEC_DEBIAN_BUILD}/changelog.gz" COMMAND_ERROR_IS_FATAL ANY)
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/CHANGELOG.md"
+             "${TEC_DEBIAN_SOURCE}/changelog" "${TEC_DEBIAN_SOURCE}/copyright")
 foreach(component package IN ZIP_LISTS TEC_INSTALL_COMPONENTS TEC_DEBIAN_PACKAGES)
   install(FILES "${TEC_DEBIAN_BUILD}/copyright" "${TEC_DEBIAN_BUILD}/changelog.Debian.gz"
+                "${TEC_DEBIAN_BUILD}/changelog.gz"
           DESTINATION "${CMAKE_INSTALL_DATAROOTDIR}/doc/${package}"
           COMPONENT ${component} EXCLUDE_FROM_ALL)
-  install(FILES "${TEC_DEBIAN_SOURCE}/lintian-overrides" RENAME ${package}
+  install(FILES "${TEC_DEBIAN_SOURCE}/${package}.lintian-overrides" RENAME ${package}
           DESTINATION "${CMAKE_INSTALL_DATAROOTDIR}/lintian/overrides"
           COMPONENT ${component} EXCLUDE_FROM_ALL)
 endforeach()
@@ -129,43 +167,65 @@ set(CPACK_DEBIAN_PACKAGE_SOURCE "${CPACK_PACKAGE_NAME}")
 set(CPACK_DEBIAN_PACKAGE_RELEASE ${TEC_DEBIAN_RELEASE})
 set(CPACK_DEBIAN_PACKAGE_PRIORITY "optional")
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
-# As Debian ships binaries: without debugging information.
-set(CPACK_STRIP_FILES ON)
+# As Debian ships binaries: stripped, their debugging information in a
+# separate -dbgsym package (.ddeb) per package with binaries. CPack strips them
+# itself for that, so CPACK_STRIP_FILES stays off; DebianFinishPackages.cmake
+# then drops the sections that dh_strip drops too (.comment, .note).
+set(CPACK_STRIP_FILES OFF)
+set(CPACK_DEBIAN_DEBUGINFO_PACKAGE ON)
 
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME "libtimelineengineconversion1")
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION "libs")
 set(CPACK_DEBIAN_RUNTIME_DESCRIPTION "library converting replay server sequences to timeline models
-TimelineEngineConversion turns the sequences of a replay server (playlists of
-video, audio and transition elements with their media assets) into the
-timeline, track and media models of a timeline editing engine.
+TimelineEngineConversion turns the edited sequence of a replay server (a
+playlist of recorded clips played between IN and OUT points, at a speed, with
+video and audio transitions) into the model of a timeline editing engine:
+tracks of media and transition items in frames, and one description per
+media asset. A sequence the engine cannot represent is refused with a fixed
+message. The conversion runs in the caller's process, without I/O or threads.
 .
 This package holds the shared library.")
 # The shlibs file lets other packages depend on the library by soname; a later
 # release of the same major version keeps the binary interface, so packages
 # built against this one accept it (">=" rather than "="). The ldconfig trigger
-# replaces the maintainer scripts that CPack would write for it.
+# replaces the maintainer scripts that CPack would write for it. The symbols
+# file (packaging/debian/, checked against the library when the package is
+# built) tells dependent packages the oldest version with each symbol.
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA "${TEC_DEBIAN_BUILD}/triggers")
-set(CPACK_POST_BUILD_SCRIPTS "${PROJECT_SOURCE_DIR}/cmake/DebianDropLdconfigScripts.cmake")
+set(CPACK_POST_BUILD_SCRIPTS "${PROJECT_SOURCE_DIR}/cmake/DebianFinishPackages.cmake")
+set(CPACK_TEC_SYMBOLS_TEMPLATE "${TEC_DEBIAN_SOURCE}/libtimelineengineconversion1.symbols")
+set(CPACK_TEC_UPSTREAM_VERSION "${PROJECT_VERSION}")
 
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME "libtimelineengineconversion-dev")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION "libdevel")
 set(CPACK_DEBIAN_DEVELOPMENT_DESCRIPTION "development files of the timeline conversion library
-TimelineEngineConversion turns the sequences of a replay server into the
-timeline, track and media models of a timeline editing engine.
+TimelineEngineConversion turns the edited sequence of a replay server into
+the tracks, items and media descriptions of a timeline editing engine.
 .
-This package holds the C++17 headers, the link to the shared library, the
-CMake package (find_package(TimelineEngineConversion)) and the pkg-config
-file.")
+This package holds what a C++17 program needs to use the library: the
+headers, the link to the shared library, the CMake package
+(find_package(TimelineEngineConversion)) and the pkg-config file, with the
+API reference (HTML), the integration guide (ownership, threads, exception
+texts, duration modes), the guarantees and how they are tested, and two
+example programs.")
 set(CPACK_COMPONENT_DEVELOPMENT_DEPENDS runtime)
 
 set(CPACK_DEBIAN_TOOL_PACKAGE_NAME "timeline-convert")
 set(CPACK_DEBIAN_TOOL_PACKAGE_SECTION "video")
-set(CPACK_DEBIAN_TOOL_DESCRIPTION "convert replay server sequences to timeline models
-timeline-convert reads a replay server sequence with its media assets from a
-JSON document and writes the timeline that the TimelineEngineConversion
-library makes of it, or the reason the sequence is refused.")
+set(CPACK_DEBIAN_TOOL_DESCRIPTION "convert, draw and check replay server sequences as timelines
+timeline-convert runs the TimelineEngineConversion library on a replay server
+sequence kept as a JSON document with its media assets:
+ - convert: writes the timeline as JSON, or as an OpenTimelineIO document for
+   editing applications;
+ - assets: lists the assets the sequence uses, present or missing;
+ - render: draws the timeline as an SVG picture or an offline HTML viewer
+   (zoom, search, details), the refused element highlighted;
+ - check: reports what converts but is probably not meant.
+A refused sequence gets the library's message and the place it comes from.
+The manual, the document format with its JSON Schema, the OpenTimelineIO
+mapping and two example documents are included.")
 set(CPACK_COMPONENT_TOOL_DEPENDS runtime)
 # The library and the tool come from one build: each depends on the runtime
 # package of exactly its own version.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Transition items: an effect between two neighbouring media items, for the
 // picture (FxVideoTransitionItem) or the sound (FxAudioTransitionItem).
 #pragma once
@@ -15,8 +16,8 @@ class TIMELINE_ENGINE_CONVERSION_API FxTransitionItem : public TrackItem {
       : TrackItem(std::move(id), type) {}
   ~FxTransitionItem() override = default;
 
-  // Identifier, type, then the effect field by field. An item whose type
-  // matches but which is no transition item compares unequal.
+  /// Identifier, type, then the effect field by field. An item whose type
+  /// matches but which is no transition item compares unequal.
   bool operator==(const TrackItem& other) const override {
     if (!TrackItem::operator==(other)) {
       return false;
@@ -35,6 +36,7 @@ class TIMELINE_ENGINE_CONVERSION_API FxTransitionItem : public TrackItem {
     effect.name = newEffect.name;
   }
 
+  /// What the transition does, in frames.
   TransitionEffect effect;
 
  protected:

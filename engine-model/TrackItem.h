@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // TrackItem: the polymorphic root of everything a track of the editing engine
 // holds. Its virtual operations keep a fixed slot order (destructor, equality,
 // Id(), Id(const Identifier&), GetType()) that every subclass extends after them.
@@ -12,11 +13,11 @@
 namespace Kov {
 namespace TimelineEngineModel {
 
-// Which concrete class an item is.
+/// Which concrete class an item is.
 enum TrackItemType : std::int32_t {
-  MediaSummary = 1,
-  FxAudioTransition = 2,
-  FxVideoTransition = 3,
+  MediaSummary = 1,       ///< MediaSummaryItem: media placed on the timeline
+  FxAudioTransition = 2,  ///< FxAudioTransitionItem: a sound transition
+  FxVideoTransition = 3,  ///< FxVideoTransitionItem: a picture transition
 };
 
 class TIMELINE_ENGINE_CONVERSION_API TrackItem {
@@ -26,7 +27,7 @@ class TIMELINE_ENGINE_CONVERSION_API TrackItem {
       : id_(std::move(id)), type_(type) {}
   virtual ~TrackItem() = default;
 
-  // Equal when identifier and type are equal; subclasses compare their fields too.
+  /// Equal when identifier and type are equal; subclasses compare their fields too.
   virtual bool operator==(const TrackItem& other) const {
     return id_ == other.id_ && type_ == other.type_;
   }

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Marks the types and functions that the shared library exports. The library is
 // built with hidden visibility, so anything a caller links against must carry
 // TIMELINE_ENGINE_CONVERSION_API; everything else stays internal to the shared

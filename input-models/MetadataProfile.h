@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // MetadataProfile: the polymorphic base of the metadata profiles that an asset
 // carries, stored by the name of their class.
 #pragma once

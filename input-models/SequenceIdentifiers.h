@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Identifier and value types of the sequence records: server ids, clip ids
 // (UmId), play speeds and the GUID families whose canonical text names assets,
 // timelines and track items.
@@ -35,27 +36,27 @@ class TIMELINE_ENGINE_CONVERSION_API ServerId {
 
 namespace Clips {
 
-// A clip's id. Its text lives inside the 12-byte record, so it holds at most
-// 11 characters; the unused bytes are always zero.
+/// A clip's id. Its text lives inside the 12-byte record, so it holds at most
+/// 11 characters; the unused bytes are always zero.
 class TIMELINE_ENGINE_CONVERSION_API UmId {
  public:
   static constexpr std::size_t kMaxTextLength = 11;
 
   UmId();
-  // Throws std::invalid_argument for a text longer than kMaxTextLength; a null
-  // pointer makes the empty id.
+  /// Throws std::invalid_argument for a text longer than kMaxTextLength; a null
+  /// pointer makes the empty id.
   explicit UmId(const char* text);
   UmId(const UmId&) = default;
   UmId& operator=(const UmId&) = default;
 
-  // The id's text, NUL-terminated.
+  /// The id's text, NUL-terminated.
   const char* GetUmId() const { return text_.data(); }
 
   bool operator==(const UmId& other) const { return text_ == other.text_; }
   bool operator!=(const UmId& other) const { return !(*this == other); }
 
-  // The shared empty id: there is no clip. Defined in the library, so that
-  // every caller shares the one object.
+  /// The shared empty id: there is no clip. Defined in the library, so that
+  /// every caller shares the one object.
   static const UmId& Empty();
 
  private:
@@ -66,9 +67,12 @@ class TIMELINE_ENGINE_CONVERSION_API UmId {
 
 namespace Channels {
 
-// A play speed: a media length L lasts L * denominator / numerator on the timeline.
+/// A play speed: a media length L lasts L * denominator / numerator on the timeline.
 struct Speed {
+  /// Speed numerator: the media advances numerator/denominator times as fast
+  /// as real time; 0 means no speed of the element's own.
   std::int32_t numerator = 0;
+  /// Speed denominator.
   std::int32_t denominator = 1;
 
   friend bool operator==(const Speed& a, const Speed& b) {
@@ -76,7 +80,7 @@ struct Speed {
   }
   friend bool operator!=(const Speed& a, const Speed& b) { return !(a == b); }
 
-  // {0, 1}: no speed of its own.
+  /// {0, 1}: no speed of its own.
   static const Speed& Empty() {
     static const Speed empty{0, 1};
     return empty;
@@ -85,15 +89,15 @@ struct Speed {
 
 }  // namespace Channels
 
-// The base of the GUID families: 16 bytes written as the canonical 36-character
-// lower-case text. Every family marks its GUIDs with a tag of its own, so GUIDs
-// of different families never have the same text.
+/// The base of the GUID families: 16 bytes written as the canonical 36-character
+/// lower-case text. Every family marks its GUIDs with a tag of its own, so GUIDs
+/// of different families never have the same text.
 class TIMELINE_ENGINE_CONVERSION_API Guid {
  public:
   static constexpr unsigned kTextLength = 36;
 
-  // Writes the text (cut to size - 1 characters) and a NUL into buffer, which
-  // holds `size` bytes, and returns buffer. Writes nothing when size is 0.
+  /// Writes the text (cut to size - 1 characters) and a NUL into buffer, which
+  /// holds `size` bytes, and returns buffer. Writes nothing when size is 0.
   const char* ToString(char* buffer, unsigned size) const;
 
   friend bool operator==(const Guid& a, const Guid& b) { return a.bytes_ == b.bytes_; }
@@ -101,7 +105,7 @@ class TIMELINE_ENGINE_CONVERSION_API Guid {
 
  protected:
   Guid() = default;
-  // Inline: every identifier of a conversion is built through them.
+  /// Inline: every identifier of a conversion is built through them.
   void SetFamily(std::uint32_t family) { SetWord(0, family); }
   void SetWord(unsigned wordIndex, std::uint32_t value) {
     for (unsigned i = 0; i < 4; ++i) {
@@ -116,8 +120,8 @@ class TIMELINE_ENGINE_CONVERSION_API Guid {
 
 namespace Clips {
 
-// The GUID of a clip, made from its UmId text (at most 11 characters, no NUL;
-// anything else throws std::invalid_argument).
+/// The GUID of a clip, made from its UmId text (at most 11 characters, no NUL;
+/// anything else throws std::invalid_argument).
 class TIMELINE_ENGINE_CONVERSION_API Guid : public Data::Guid {
  public:
   explicit Guid(const std::string& umIdText);
@@ -127,7 +131,7 @@ class TIMELINE_ENGINE_CONVERSION_API Guid : public Data::Guid {
 
 namespace Sequences {
 
-// The GUID of a sequence, made from the text of its UmId (same rules as a clip's).
+/// The GUID of a sequence, made from the text of its UmId (same rules as a clip's).
 class TIMELINE_ENGINE_CONVERSION_API Guid : public Data::Guid {
  public:
   explicit Guid(const std::string& umIdText);
@@ -135,10 +139,12 @@ class TIMELINE_ENGINE_CONVERSION_API Guid : public Data::Guid {
 
 namespace Elements {
 
-// The GUID of an element's media item (no category), or of an object derived
-// from an element or playlist (with a category).
+/// The GUID of an element's media item (no category), or of an object derived
+/// from an element or playlist (with a category).
 class TIMELINE_ENGINE_CONVERSION_API Guid : public Data::Guid {
  public:
+  /// What the GUID names besides the element's media item: 1 the aux track's
+  /// item, 2 the element's audio transition item, 3 its video transition item.
   enum Category : std::uint32_t { AuxTrack = 1, AudioTransition = 2, VideoTransition = 3 };
 
   Guid(unsigned number, const Servers::ServerId& serverId);

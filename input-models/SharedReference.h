@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // SharedReference: a shared entity together with the key that identifies it.
 // The key can be read without touching the entity; reaching through a
 // reference whose entity is missing throws instead of crashing.
@@ -23,7 +24,7 @@ class SharedReference {
   const Identifier& Key() const { return key_; }
   const std::shared_ptr<T>& Pointer() const { return pointer_; }
 
-  // Both throw std::runtime_error("null pointer") when there is no entity.
+  /// Both throw std::runtime_error("null pointer") when there is no entity.
   T& operator*() const { return *Checked(); }
   T* operator->() const { return Checked(); }
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Sorted containers of the asset model. Each keeps its items in a vector in the
 // order of its Less comparator and refuses an item that is Equal to the one at
 // its insertion point. Only the element at the lower bound is tested for
@@ -19,6 +20,10 @@ namespace Kov {
 namespace BusinessEntityModel {
 namespace BaseTypes {
 
+/// SortedVectorBase is only a base: its destructor is protected and not virtual,
+/// so a container is never destroyed through a pointer to the base, and the
+/// containers below are final. Neither changes the object layout or the virtual
+/// table, which the library shares with its callers.
 template <typename T, typename Less, typename Equal, typename Allocator = std::allocator<T>>
 class SortedVectorBase {
  public:
@@ -47,8 +52,16 @@ class SortedVectorBase {
   const T& back() const { return items_.back(); }
   const T& operator[](std::size_t index) const { return items_[index]; }
 
+ protected:
+  SortedVectorBase() = default;
+  SortedVectorBase(const SortedVectorBase&) = default;
+  SortedVectorBase(SortedVectorBase&&) = default;
+  SortedVectorBase& operator=(const SortedVectorBase&) = default;
+  SortedVectorBase& operator=(SortedVectorBase&&) = default;
+  ~SortedVectorBase() = default;
+
  private:
-  // Binary search halving the remaining count, the middle taken at its integer half.
+  /// Binary search halving the remaining count, the middle taken at its integer half.
   std::size_t LowerBound(const T& item) const {
     std::size_t first = 0;
     std::size_t count = items_.size();
@@ -67,7 +80,7 @@ class SortedVectorBase {
   std::vector<T, Allocator> items_;
 };
 
-// Comparators by key; specialised for the item types that the containers hold.
+/// Comparators by key; specialised for the item types that the containers hold.
 template <typename T>
 struct CompareLess;
 template <typename T>
@@ -92,14 +105,15 @@ struct CompareEqual<SharedReference<T>> {
 };
 
 template <typename T, typename Allocator = std::allocator<T>>
-class SortedVector : public SortedVectorBase<T, CompareLess<T>, CompareEqual<T>, Allocator> {};
+class SortedVector final : public SortedVectorBase<T, CompareLess<T>, CompareEqual<T>, Allocator> {
+};
 
 template <typename T, typename Allocator = std::allocator<std::shared_ptr<T>>>
-class SortedVectorSharedPointer
+class SortedVectorSharedPointer final
     : public SortedVectorBase<std::shared_ptr<T>, CompareLessPointer<std::shared_ptr<T>>,
                               CompareEqualPointer<std::shared_ptr<T>>, Allocator> {};
 
-// The pointee of a shared pointer met by a comparator; a null one throws.
+/// The pointee of a shared pointer met by a comparator; a null one throws.
 template <typename T>
 const T& DereferenceChecked(const std::shared_ptr<T>& pointer) {
   if (!pointer) {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The library's version: macros for compile-time checks against the headers a
 // caller builds with, and functions that report the version of the shared
 // object actually loaded, so a host can refuse a library of another major
@@ -22,16 +23,19 @@ namespace Tollan {
 namespace TimelineEngineConversion {
 
 struct VersionNumber {
+  /// Incremented when the binary interface breaks (the shared object's SOVERSION).
   int major = 0;
+  /// Incremented when the API grows compatibly.
   int minor = 0;
+  /// Incremented for fixes only.
   int patch = 0;
 };
 
-// The version the loaded library was built as. A caller built against headers
-// of another major version must not use it: the binary interface differs.
+/// The version the loaded library was built as. A caller built against headers
+/// of another major version must not use it: the binary interface differs.
 TIMELINE_ENGINE_CONVERSION_API VersionNumber LibraryVersion();
 
-// The same, as "major.minor.patch".
+/// The same, as "major.minor.patch".
 TIMELINE_ENGINE_CONVERSION_API const char* LibraryVersionText();
 
 }  // namespace TimelineEngineConversion

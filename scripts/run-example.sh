@@ -1,12 +1,14 @@
 #!/usr/bin/env bash
-# Builds the library and the tool, then runs the main job on the shipped
-# example: converts examples/highlight.json into the timeline JSON and draws
-# it as SVG and as an HTML page, then runs the same sequence built in code.
+# The quick start: builds the library, the tool and the examples (no tests),
+# then runs the main job on the shipped example: converts
+# examples/highlight.json into the timeline JSON, draws it as SVG and as an
+# HTML page, checks it, and runs the same sequence built in code. Ends by
+# saying where the tool is and how to install it.
 set -euo pipefail
 cd "$(dirname "$0")/.."
-./scripts/bootstrap.sh
-cmake --preset default >/dev/null
-cmake --build --preset default
+./scripts/bootstrap.sh --build
+cmake --preset tool >/dev/null
+cmake --build --preset tool
 tool=./build/default/tools/timeline-convert
 out=./build/default
 echo "== assets the playlist uses"
@@ -18,6 +20,8 @@ echo "== check: what the library accepts but is probably not meant"
 "$tool" check examples/highlight.json
 echo "== timeline ($out/highlight.timeline.json)"
 cat "$out/highlight.timeline.json"
-echo "== picture: $out/highlight.svg, $out/highlight.html"
+echo "== picture: $out/highlight.svg, viewer: $out/highlight.html"
 echo "== the same sequence built in code"
 ./build/default/examples/highlight-sequence
+echo "== the tool is $tool"
+echo "   put it on the PATH with: cmake --install build/default --prefix ~/.local"

@@ -1,8 +1,9 @@
 # Asks pkg-config for the version of the package installed in the scratch
 # prefix, then compiles the one-file consumer with nothing but
 # `pkg-config --cflags --libs` (nothing is installed system-wide, so wrong paths
-# fail; the headers are not system headers here, so they must be free of
-# warnings) and runs it.
+# fail) and runs it, in C++17 and in C++20. The headers come in by -I, not as
+# system headers, so they must be free of warnings under the strict set that
+# integrators commonly build with.
 include("${CMAKE_CURRENT_LIST_DIR}/PackagingTestSupport.cmake")
 
 set(ENV{PKG_CONFIG_PATH} "${TEC_PREFIX}/${TEC_LIBDIR}/pkgconfig")
@@ -19,8 +20,11 @@ tec_run("${TEC_PKG_CONFIG}" --variable=libdir ${package})
 string(STRIP "${tec_output}" libdir)
 separate_arguments(consumer_flags UNIX_COMMAND "${TEC_CONSUMER_FLAGS}")
 
-set(executable "${TEC_WORK_DIR}/pkg-config-consumer")
-file(REMOVE "${executable}")
-tec_run("${TEC_CXX_COMPILER}" -std=c++17 -Wall -Wextra -Wpedantic -Werror ${consumer_flags}
-        "${TEC_CONSUMER_SOURCE}" -o "${executable}" ${flags} "-Wl,-rpath,${libdir}")
-tec_check_consumer_run("${executable}" "${TEC_VERSION}")
+foreach(standard 17 20)
+  set(executable "${TEC_WORK_DIR}/pkg-config-consumer-${standard}")
+  file(REMOVE "${executable}")
+  tec_run("${TEC_CXX_COMPILER}" -std=c++${standard} -Wall -Wextra -Wpedantic -Wnon-virtual-dtor
+          -Wconversion -Wshadow -Werror ${consumer_flags} "${TEC_CONSUMER_SOURCE}" -o "${executable}"
+          ${flags} "-Wl,-rpath,${libdir}")
+  tec_check_consumer_run("${executable}" "${TEC_VERSION}")
+endforeach()
