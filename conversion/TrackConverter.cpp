@@ -282,7 +282,10 @@ struct AudioVideoElements {
 template <typename ItemT>
 std::shared_ptr<FxTransitionItem> TransitionItem(Identifier id, const TransitionEffect& effect) {
   std::unique_ptr<ItemT> item(new ItemT(std::move(id)));
-  item->effect = effect;
+  // Field by field: the effects of the tables have no name, nor has a new item.
+  item->effect.kind = effect.kind;
+  item->effect.offset = effect.offset;
+  item->effect.duration = effect.duration;
   return item;
 }
 

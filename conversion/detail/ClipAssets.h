@@ -116,6 +116,9 @@ class ClipAssets {
     assetCapacity_ = firstLookup == FirstLookup::ByText ? mapSize : Smaller(elementCount, mapSize);
     textSlotCount_ = firstLookup == FirstLookup::ByText ? SlotsFor(mapSize) : 0;
     clipSlotCount_ = SlotsFor(Smaller(elementCount, mapSize));
+    for (std::size_t count = clipSlotCount_; count > 1; count /= 2) {
+      --clipShift_;
+    }
     const std::size_t bytes = clipSlotCount_ * sizeof(ClipSlot) + assetCapacity_ * sizeof(Asset) +
                               textSlotCount_ * sizeof(std::uint32_t);
     std::byte* storage = inline_;
@@ -161,27 +164,18 @@ class ClipAssets {
   // result stays valid until the next call.
   Asset& Find(const Data::Clips::UmId& clip) {
     const ClipKey key = KeyOf(clip);
-    ClipSlot* slot = ProbeClip(key);
-    if (slot != nullptr && slot->asset != 0) {
-      return assets_[slot->asset - 1];
+    if (clipSlotCount_ != 0) {
+      for (std::size_t i = SlotIndex(key);; i = (i + 1) & (clipSlotCount_ - 1)) {
+        const ClipSlot& slot = clipSlots_[i];
+        if (slot.asset == 0) {
+          break;
+        }
+        if (slot.key.low == key.low && slot.key.high == key.high) {
+          return assets_[slot.asset - 1];
+        }
+      }
     }
-    const std::size_t index =
-        firstLookup_ == FirstLookup::ByText ? FindByText(clip) : FindInMap(clip);
-    if (index == kNone) {
-      RefuseMissingElementAsset();
-    }
-    if (index == kUnkept) {
-      return unkept_;
-    }
-    // At most half full, so that every probe meets an empty slot soon; past
-    // that (only clips whose bytes differ after their text can get there),
-    // later clips are found again at every element.
-    if (slot != nullptr && 2 * (clipsUsed_ + 1) <= clipSlotCount_) {
-      slot->key = key;
-      slot->asset = static_cast<std::uint32_t>(index + 1);
-      ++clipsUsed_;
-    }
-    return assets_[index];
+    return FirstMeeting(clip, key);
   }
 
   const FieldCounter& Counter() const { return counter_; }
@@ -229,21 +223,39 @@ class ClipAssets {
     return key;
   }
 
-  // The clip's slot, or the empty slot where it belongs; null without slots.
-  // Every byte of the key moves every bit of the index: clip texts often share
-  // their first characters and differ only in their last.
-  ClipSlot* ProbeClip(const ClipKey& key) {
-    if (clipSlotCount_ == 0) {
-      return nullptr;
+  // Multiplicative hashing of the whole key: the top bits of the product
+  // depend on every byte, and clip texts often share their first characters
+  // and differ only in their last.
+  std::size_t SlotIndex(const ClipKey& key) const {
+    return static_cast<std::size_t>(
+        ((key.low ^ (std::uint64_t{key.high} * 0xC2B2AE3D27D4EB4Fu)) * 0x9E3779B97F4A7C15u) >>
+        clipShift_);
+  }
+
+  // The first element of a clip: its asset found in the map or among the
+  // entries added, and kept for the clip's other elements.
+  [[gnu::noinline]] Asset& FirstMeeting(const Data::Clips::UmId& clip, const ClipKey& key) {
+    const std::size_t index =
+        firstLookup_ == FirstLookup::ByText ? FindByText(clip) : FindInMap(clip);
+    if (index == kNone) {
+      RefuseMissingElementAsset();
     }
-    const std::size_t mask = clipSlotCount_ - 1;
-    for (std::size_t i = MixedBits(key.low ^ (std::uint64_t{key.high} << 32 | key.high)) & mask;;
-         i = (i + 1) & mask) {
-      ClipSlot& slot = clipSlots_[i];
-      if (slot.asset == 0 || (slot.key.low == key.low && slot.key.high == key.high)) {
-        return &slot;
+    if (index == kUnkept) {
+      return unkept_;
+    }
+    // At most half full, so that every probe meets an empty slot soon; past
+    // that (only clips whose bytes differ after their text can get there),
+    // later clips are found again at every element.
+    if (clipSlotCount_ != 0 && 2 * (clipsUsed_ + 1) <= clipSlotCount_) {
+      std::size_t i = SlotIndex(key);
+      while (clipSlots_[i].asset != 0) {
+        i = (i + 1) & (clipSlotCount_ - 1);
       }
+      clipSlots_[i].key = key;
+      clipSlots_[i].asset = static_cast<std::uint32_t>(index + 1);
+      ++clipsUsed_;
     }
+    return assets_[index];
   }
 
   // The index of the asset whose key is the clip's identifier text, or kNone.
@@ -290,6 +302,8 @@ class ClipAssets {
   std::size_t textSlotCount_ = 0;
   std::size_t clipSlotCount_ = 0;
   std::size_t clipsUsed_ = 0;
+  // 64 - log2(clipSlotCount_): the top bits of a product index the slots.
+  unsigned clipShift_ = 64;
   ClipSlot* clipSlots_ = nullptr;
   Asset* assets_ = nullptr;
   std::uint32_t* textSlots_ = nullptr;
