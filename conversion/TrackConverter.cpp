@@ -373,7 +373,7 @@ TimelineEngineModel::Track ConvertTrack(
       detail::ClipAssets::Length material(asset, assets.Counter());
       MediaBounds bounds;
       Elements::Resolve(element, material, bounds);
-      bounds.mediaId = asset.entry->first;
+      bounds.mediaId = assets.MediaId(asset);
       PlaceOnTimeline(element, std::move(bounds), status, *item);
     }
     if (video) {

@@ -178,6 +178,16 @@ class ClipAssets {
     return FirstMeeting(clip, key);
   }
 
+  // The identifier of the asset that Find gave last, for the item that plays
+  // it: a text built to look a clip up in the map is handed on, not copied.
+  BusinessEntityModel::BaseTypes::Identifier MediaId(const Asset& asset) {
+    if (builtPending_) {
+      builtPending_ = false;
+      return std::move(built_);
+    }
+    return asset.entry->first;
+  }
+
   const FieldCounter& Counter() const { return counter_; }
 
  private:
@@ -281,10 +291,12 @@ class ClipAssets {
   // The clip's asset from the map: a new asset of the table, or kUnkept when
   // the table is full (then found again at every element), or kNone.
   std::size_t FindInMap(const Data::Clips::UmId& clip) {
-    const auto* entry = FindAssetEntry(map_, ClipAssetIdentifier(clip));
+    built_ = ClipAssetIdentifier(clip);
+    const auto* entry = FindAssetEntry(map_, built_);
     if (entry == nullptr) {
       return kNone;
     }
+    builtPending_ = true;
     Asset& asset = assetsUsed_ < assetCapacity_ ? assets_[assetsUsed_] : unkept_;
     asset = Asset();
     asset.entry = entry;
@@ -308,6 +320,8 @@ class ClipAssets {
   Asset* assets_ = nullptr;
   std::uint32_t* textSlots_ = nullptr;
   Asset unkept_;
+  BusinessEntityModel::BaseTypes::Identifier built_;
+  bool builtPending_ = false;
   std::unique_ptr<std::byte[]> heap_;
   alignas(std::max_align_t) std::byte inline_[kInlineBytes];
 };
