@@ -31,7 +31,7 @@ inline Frames MaterialFrames(const DataModel::MediaAssets::MediaAsset& asset,
   }
   Frames duration;
   for (const TimePoints::TimeBounds& range : asset.timeBounds) {
-    duration = duration + ToFrames(counter.Between(range.end, range.start));
+    duration = duration + counter.FramesBetween(range.end, range.start);
   }
   return duration;
 }

@@ -73,37 +73,54 @@ class FieldCounter {
         !__builtin_mul_overflow(static_cast<std::uint64_t>(rate.denominator), kTicksPerSecond,
                                 &divisor_)) {
       factor_ = kFieldsPerFrame * static_cast<std::uint64_t>(rate.numerator);
-      largestDistance_ = ~std::uint64_t{0} / factor_;
+      // At most 2^63, as the factor is at least 2: the sum cannot wrap.
+      distanceLimit_ = ~std::uint64_t{0} / factor_ + 1;
     }
   }
 
-  Fields Between(const TimePoints::TimeBoundary& to, const TimePoints::TimeBoundary& from) const {
-    // Copies: the packed boundaries cannot be bound to references.
-    const std::int64_t toValue = to.value;
-    const std::int64_t fromValue = from.value;
-    const bool negative = toValue < fromValue;
-    const std::uint64_t distance =
-        negative ? static_cast<std::uint64_t>(fromValue) - static_cast<std::uint64_t>(toValue)
-                 : static_cast<std::uint64_t>(toValue) - static_cast<std::uint64_t>(fromValue);
-    // Zero for a rate that the general count refuses, so such a rate goes there too.
-    if (distance > largestDistance_ || factor_ == 0) {
-      return FieldsBetween(to, from, rate_);
+  // The frames from one time boundary to another: the count of fields
+  // halved toward zero.
+  Frames FramesBetween(const TimePoints::TimeBoundary& to,
+                       const TimePoints::TimeBoundary& from) const {
+    bool negative = false;
+    std::uint64_t count = 0;
+    if (!Count(to, from, negative, count)) {
+      return ToFrames(FieldsBetween(to, from, rate_));
     }
-    const std::uint64_t scaled = distance * factor_;
-    std::uint64_t quotient = scaled / divisor_;
-    const std::uint64_t remainder = scaled % divisor_;
-    if (remainder >= divisor_ - remainder) {
-      ++quotient;
-    }
-    return Fields{negative ? static_cast<std::int64_t>(0 - quotient)
-                           : static_cast<std::int64_t>(quotient)};
+    const std::uint64_t frames = count / 2;
+    return Frames{negative ? static_cast<std::int64_t>(0 - frames)
+                           : static_cast<std::int64_t>(frames)};
   }
 
  private:
+  // The count's magnitude and sign, or false where the general count decides.
+  bool Count(const TimePoints::TimeBoundary& to, const TimePoints::TimeBoundary& from,
+             bool& negative, std::uint64_t& count) const {
+    // Copies: the packed boundaries cannot be bound to references.
+    const std::int64_t toValue = to.value;
+    const std::int64_t fromValue = from.value;
+    negative = toValue < fromValue;
+    const std::uint64_t distance =
+        negative ? static_cast<std::uint64_t>(fromValue) - static_cast<std::uint64_t>(toValue)
+                 : static_cast<std::uint64_t>(toValue) - static_cast<std::uint64_t>(fromValue);
+    // The limit is 0 for a rate that the general count refuses.
+    if (distance >= distanceLimit_) {
+      return false;
+    }
+    const std::uint64_t scaled = distance * factor_;
+    count = scaled / divisor_;
+    const std::uint64_t remainder = scaled % divisor_;
+    if (remainder >= divisor_ - remainder) {
+      ++count;
+    }
+    return true;
+  }
+
   const TimePoints::Rate& rate_;
   std::uint64_t factor_ = 0;
   std::uint64_t divisor_ = 0;
-  std::uint64_t largestDistance_ = 0;
+  // The smallest distance whose product with the factor leaves 64 bits.
+  std::uint64_t distanceLimit_ = 0;
 };
 
 }  // namespace detail
