@@ -105,12 +105,11 @@ std::unique_ptr<MediaSummaryItem> NewMediaItem(const Element& element) {
       detail::GuidToIdentifier(Data::Sequences::Elements::Guid(element.number, element.serverId))));
 }
 
-// Fills the item from the element's media bounds and places it at the status's
-// positions (negative ones clamped to 0), scaled by the speed in force; then
-// advances the positions past it.
-void PlaceOnTimeline(const Element& element, MediaBounds&& bounds,
+// Fills the item from the element's media bounds (the caller sets its mediaId)
+// and places it at the status's positions (negative ones clamped to 0), scaled
+// by the speed in force; then advances the positions past it.
+void PlaceOnTimeline(const Element& element, const MediaBounds& bounds,
                      CurrentSequencePlayStatus& status, MediaSummaryItem& item) {
-  item.mediaId = std::move(bounds.mediaId);
   item.mediaVideoIn = bounds.videoIn;
   item.mediaVideoDuration = bounds.videoDuration;
   item.mediaAudioIn = bounds.audioIn;
@@ -279,9 +278,10 @@ struct AudioVideoElements {
 // The element's transition item of the given class with its effect, or empty
 // when the effect is of kind 0 (the item that ToFxVideoTransitionItem and
 // ToFxAudioTransitionItem make).
-template <typename ItemT>
-std::shared_ptr<FxTransitionItem> TransitionItem(Identifier id, const TransitionEffect& effect) {
-  std::unique_ptr<ItemT> item(new ItemT(std::move(id)));
+template <typename ItemT, FxTransitionType Kind>
+std::shared_ptr<FxTransitionItem> TransitionItem(const ElementText& text,
+                                                 const TransitionEffect& effect) {
+  std::unique_ptr<ItemT> item(new ItemT(text.TransitionId<Kind>()));
   // Field by field: the effects of the tables have no name, nor has a new item.
   item->effect.kind = effect.kind;
   item->effect.offset = effect.offset;
@@ -347,8 +347,8 @@ TimelineEngineModel::Track ConvertTrack(
       if (previous != nullptr && element.transitionType != 0) {
         videoEffect = Elements::VideoEffect(element);
         if (videoEffect.kind != 0) {
-          video = TransitionItem<TimelineEngineModel::FxVideoTransitionItem>(
-              text.template TransitionId<Video>(), videoEffect);
+          video =
+              TransitionItem<TimelineEngineModel::FxVideoTransitionItem, Video>(text, videoEffect);
           PullBackIfOverlapping(kVideoSide, videoEffect, status);
           CheckBeforeCut(kVideoSide, videoEffect, *previous, playlistNumber, element.itemNumber);
         }
@@ -358,8 +358,8 @@ TimelineEngineModel::Track ConvertTrack(
       if (previous != nullptr && Elements::AudioKind(element) != 0) {
         audioEffect = Elements::AudioEffect(element);
         if (audioEffect.kind != 0) {
-          audio = TransitionItem<TimelineEngineModel::FxAudioTransitionItem>(
-              text.template TransitionId<Audio>(), audioEffect);
+          audio =
+              TransitionItem<TimelineEngineModel::FxAudioTransitionItem, Audio>(text, audioEffect);
           PullBackIfOverlapping(kAudioSide, audioEffect, status);
           CheckBeforeCut(kAudioSide, audioEffect, *previous, playlistNumber, element.itemNumber);
         }
@@ -373,8 +373,8 @@ TimelineEngineModel::Track ConvertTrack(
       detail::ClipAssets::Length material(asset, assets.Counter());
       MediaBounds bounds;
       Elements::Resolve(element, material, bounds);
-      bounds.mediaId = assets.MediaId(asset);
-      PlaceOnTimeline(element, std::move(bounds), status, *item);
+      item->mediaId = assets.MediaId(asset);
+      PlaceOnTimeline(element, bounds, status, *item);
     }
     if (video) {
       CheckAfterCut(kVideoSide, videoEffect, *item, playlistNumber);
@@ -426,7 +426,9 @@ std::unique_ptr<MediaSummaryItem> TrackConverter::ToMediaSummaryItem(
     const Element& element, CurrentSequencePlayStatus& status, const ExternalSequenceInfo& info) {
   std::unique_ptr<MediaSummaryItem> item = NewMediaItem(element);
   // Bounds first: should they throw, the status has not been touched.
-  PlaceOnTimeline(element, TimeConverter::ToMediaBounds(element, info), status, *item);
+  MediaBounds bounds = TimeConverter::ToMediaBounds(element, info);
+  item->mediaId = std::move(bounds.mediaId);
+  PlaceOnTimeline(element, bounds, status, *item);
   return item;
 }
 
