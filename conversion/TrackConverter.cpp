@@ -26,9 +26,9 @@ using Data::Sequences::AudioElement;
 using Data::Sequences::AudioVideoElement;
 using Data::Sequences::Element;
 using Data::Sequences::VideoElement;
+using detail::EffectValues;
 using TimelineEngineModel::FxTransitionItem;
 using TimelineEngineModel::MediaSummaryItem;
-using TimelineEngineModel::TransitionEffect;
 
 namespace {
 
@@ -74,24 +74,23 @@ constexpr Side kAudioSide{detail::TrackSide::Audio, &CurrentSequencePlayStatus::
 // Whatever its kind, the part before the cut must fit the previous item and
 // the part after it (duration - offset) the next one; an item with no length
 // is never tested.
-void PullBackIfOverlapping(const Side& side, const TransitionEffect& effect,
+void PullBackIfOverlapping(const Side& side, const EffectValues& effect,
                            CurrentSequencePlayStatus& status) {
   if (effect.kind == kOverlappingEffectKind) {
     status.*side.position = detail::WrappingSubtract(status.*side.position, effect.offset);
   }
 }
 
-void CheckBeforeCut(const Side& side, const TransitionEffect& effect,
-                    const MediaSummaryItem& previous, std::int32_t playlistNumber,
-                    std::int32_t itemNumber) {
+void CheckBeforeCut(const Side& side, const EffectValues& effect, const MediaSummaryItem& previous,
+                    std::int32_t playlistNumber, std::int32_t itemNumber) {
   const std::int64_t previousLength = previous.*side.timelineDuration;
   if (previousLength > 0 && previousLength < effect.offset) {
     detail::RefuseTransitionLongerThanPreviousItem(side.name, playlistNumber, itemNumber);
   }
 }
 
-void CheckAfterCut(const Side& side, const TransitionEffect& effect,
-                   const MediaSummaryItem& current, std::int32_t playlistNumber) {
+void CheckAfterCut(const Side& side, const EffectValues& effect, const MediaSummaryItem& current,
+                   std::int32_t playlistNumber) {
   const std::int64_t currentLength = current.*side.timelineDuration;
   if (currentLength > 0 &&
       detail::WrappingSubtract(effect.duration, effect.offset) > currentLength) {
@@ -228,9 +227,9 @@ struct VideoElements {
   using ElementT = VideoElement;
   static constexpr bool kHasVideo = true;
   static constexpr bool kHasAudio = false;
-  static TransitionEffect VideoEffect(const VideoElement& element) {
-    return detail::ToEffect(detail::kVideoRules, element.transitionType,
-                            element.transitionDuration);
+  static EffectValues VideoEffect(const VideoElement& element) {
+    return detail::EffectValuesOf(detail::kVideoRules, element.transitionType,
+                                  element.transitionDuration);
   }
   template <typename Material>
   static void Resolve(const VideoElement& element, Material& material, MediaBounds& bounds) {
@@ -244,9 +243,9 @@ struct AudioElements {
   static constexpr bool kHasAudio = true;
   // The single transition field of an audio element holds the audio kind.
   static std::int32_t AudioKind(const AudioElement& element) { return element.transitionType; }
-  static TransitionEffect AudioEffect(const AudioElement& element) {
-    return detail::ToEffect(detail::kAudioRules, element.transitionType,
-                            element.transitionDuration);
+  static EffectValues AudioEffect(const AudioElement& element) {
+    return detail::EffectValuesOf(detail::kAudioRules, element.transitionType,
+                                  element.transitionDuration);
   }
   template <typename Material>
   static void Resolve(const AudioElement& element, Material& material, MediaBounds& bounds) {
@@ -261,13 +260,13 @@ struct AudioVideoElements {
   static std::int32_t AudioKind(const AudioVideoElement& element) {
     return element.audioTransitionType;
   }
-  static TransitionEffect VideoEffect(const AudioVideoElement& element) {
-    return detail::ToEffect(detail::kVideoRules, element.transitionType,
-                            element.videoTransitionDuration);
+  static EffectValues VideoEffect(const AudioVideoElement& element) {
+    return detail::EffectValuesOf(detail::kVideoRules, element.transitionType,
+                                  element.videoTransitionDuration);
   }
-  static TransitionEffect AudioEffect(const AudioVideoElement& element) {
-    return detail::ToEffect(detail::kAudioRules, element.audioTransitionType,
-                            element.audioTransitionDuration);
+  static EffectValues AudioEffect(const AudioVideoElement& element) {
+    return detail::EffectValuesOf(detail::kAudioRules, element.audioTransitionType,
+                                  element.audioTransitionDuration);
   }
   template <typename Material>
   static void Resolve(const AudioVideoElement& element, Material& material, MediaBounds& bounds) {
@@ -280,7 +279,7 @@ struct AudioVideoElements {
 // ToFxAudioTransitionItem make).
 template <typename ItemT, FxTransitionType Kind>
 std::shared_ptr<FxTransitionItem> TransitionItem(const ElementText& text,
-                                                 const TransitionEffect& effect) {
+                                                 const EffectValues& effect) {
   std::unique_ptr<ItemT> item(new ItemT(text.TransitionId<Kind>()));
   // Field by field: the effects of the tables have no name, nor has a new item.
   item->effect.kind = effect.kind;
@@ -341,8 +340,8 @@ TimelineEngineModel::Track ConvertTrack(
     // element's transition is never read.
     std::shared_ptr<FxTransitionItem> video;
     std::shared_ptr<FxTransitionItem> audio;
-    TransitionEffect videoEffect;
-    TransitionEffect audioEffect;
+    EffectValues videoEffect;
+    EffectValues audioEffect;
     if constexpr (Elements::kHasVideo) {
       if (previous != nullptr && element.transitionType != 0) {
         videoEffect = Elements::VideoEffect(element);
@@ -411,7 +410,8 @@ TimelineEngineModel::Track ToTrackOnItsOwn(
 
 // A transition item of the given class, or empty when its effect is of kind 0.
 template <typename ItemT>
-std::unique_ptr<FxTransitionItem> ToTransitionItem(Identifier id, const TransitionEffect& effect) {
+std::unique_ptr<FxTransitionItem> ToTransitionItem(
+    Identifier id, const TimelineEngineModel::TransitionEffect& effect) {
   std::unique_ptr<FxTransitionItem> item(new ItemT(std::move(id)));
   item->FxTransition(effect);
   if (item->FxTransition().kind == 0) {

@@ -80,20 +80,40 @@ constexpr std::array<TransitionRule, 8> kAudioRules = {{
     {1, Amount::Half, Amount::Full},  // 8
 }};
 
-// The effect of transition kind k (1-based) with a duration in fields; a kind
-// outside the table gives the empty effect.
+// An effect's values without its name, which no table gives.
+struct EffectValues {
+  std::int32_t kind = 0;
+  std::int64_t offset = 0;
+  std::int64_t duration = 0;
+};
+
+// The values of transition kind k (1-based) with a duration in fields; a kind
+// outside the table gives the values of the empty effect.
 template <std::size_t N>
-TimelineEngineModel::TransitionEffect ToEffect(const std::array<TransitionRule, N>& rules,
-                                               std::int32_t k, std::int32_t durationInFields) {
-  TimelineEngineModel::TransitionEffect effect;
+EffectValues EffectValuesOf(const std::array<TransitionRule, N>& rules, std::int32_t k,
+                            std::int32_t durationInFields) {
+  EffectValues values;
   if (k < 1 || static_cast<std::size_t>(k) > N) {
-    return effect;
+    return values;
   }
   const TransitionRule& rule = rules[static_cast<std::size_t>(k) - 1];
   const std::int64_t d = ToFrames(Fields{durationInFields}).count;
-  effect.kind = rule.effectKind;
-  effect.offset = Resolve(rule.offset, d);
-  effect.duration = Resolve(rule.duration, d);
+  values.kind = rule.effectKind;
+  values.offset = Resolve(rule.offset, d);
+  values.duration = Resolve(rule.duration, d);
+  return values;
+}
+
+// The effect of transition kind k with a duration in fields; a kind outside
+// the table gives the empty effect.
+template <std::size_t N>
+TimelineEngineModel::TransitionEffect ToEffect(const std::array<TransitionRule, N>& rules,
+                                               std::int32_t k, std::int32_t durationInFields) {
+  const EffectValues values = EffectValuesOf(rules, k, durationInFields);
+  TimelineEngineModel::TransitionEffect effect;
+  effect.kind = values.kind;
+  effect.offset = values.offset;
+  effect.duration = values.duration;
   return effect;
 }
 
