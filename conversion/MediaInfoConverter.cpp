@@ -4,7 +4,8 @@
 #include <string>
 
 #include "Refusals.hpp"
-#include "TimeConverter.h"
+#include "detail/ConversionParts.h"
+#include "detail/PlayedParts.h"
 
 namespace Kov {
 namespace Replivo {
@@ -44,12 +45,17 @@ std::string DescribeTracks(const DataModel::MediaAssets::TrackLayout& layout) {
 
 TimelineEngineModel::MediaInfo MediaInfoConverter::ToMediaInfo(
     const DataModel::MediaAssets::MediaAsset& asset, const TimePoints::Rate& rate) {
+  return detail::MediaInfoOf(asset, detail::FieldCounter(rate));
+}
+
+TimelineEngineModel::MediaInfo detail::MediaInfoOf(const DataModel::MediaAssets::MediaAsset& asset,
+                                                   const FieldCounter& counter) {
   TimelineEngineModel::MediaInfo info;
   info.id = asset.id;
+  // Limit-in 0 and the material's length, as GetMediaAssetLimitInAndDuration gives them.
   if (!asset.timeBounds.empty()) {
-    const LimitInAndDuration timing = TimeConverter::GetMediaAssetLimitInAndDuration(asset, rate);
-    info.limitIn = timing.limitIn;
-    info.duration = timing.duration;
+    info.limitIn = 0;
+    info.duration = MaterialFrames(asset, counter).count;
   }
 
   if (asset.resources.empty() || asset.resources.front().Key().Text().empty()) {

@@ -7,6 +7,7 @@
 #include "TimeConverter.h"
 #include "TrackConverter.h"
 #include "detail/ClipAssets.h"
+#include "detail/ConversionParts.h"
 #include "detail/FrameArithmetic.h"
 #include "detail/GuidText.h"
 
@@ -63,34 +64,39 @@ TimelineEngineModel::Timeline TimelineConverter::ToTimeline(
   if (!mediaAssets) {
     mediaAssets = std::make_shared<DataModel::MediaAssets::MediaAssetMap>();
   }
-  const ExternalSequenceInfo info{TimelineIdentifier(playlist.umId), playlist.rate,
-                                  std::move(mediaAssets)};
+  const DataModel::MediaAssets::MediaAssetMap& assets = *mediaAssets;
+  // The sequence's rate counts every asset's material; it is checked once here.
+  const detail::FieldCounter counter(playlist.rate);
+  // The table of the clips' assets before any block of the result (see ClipAssets).
+  detail::ClipAssets clips(&assets, playlist.audioVideoTrack.elements.size(),
+                           detail::ClipAssets::FirstLookup::ByText, counter);
 
   TimelineEngineModel::Timeline timeline;
-  timeline.id = info.timelineId;
+  timeline.id = TimelineIdentifier(playlist.umId);
   timeline.secondaryId = Identifier::Empty();
 
   // Every asset first, so a bad asset fails the call even when no element uses it.
   // Each asset with recorded ranges is timed here at the sequence's rate; the
-  // track takes those lengths instead of counting the ranges again.
-  timeline.mediaInfos.reserve(info.mediaAssets->size());
-  detail::AssetLengths lengths(info.mediaAssets->size());
-  for (const auto& entry : *info.mediaAssets) {
-    timeline.mediaInfos.push_back(MediaInfoConverter::ToMediaInfo(entry.second, info.rate));
-    if (!entry.second.timeBounds.empty()) {
-      lengths.Add(entry.second, detail::Frames{timeline.mediaInfos.back().duration});
-    }
+  // track takes those lengths instead of counting the ranges again, and finds
+  // its clips' assets among the entries added here.
+  timeline.mediaInfos.reserve(assets.size());
+  for (const auto& entry : assets) {
+    timeline.mediaInfos.push_back(detail::MediaInfoOf(entry.second, counter));
+    const detail::Frames length{timeline.mediaInfos.back().duration};
+    clips.Add(entry, entry.second.timeBounds.empty() ? nullptr : &length);
   }
 
+  const bool hasAuxTrack = playlist.auxTrackUmId != UmId::Empty();
+  timeline.tracks.reserve(hasAuxTrack ? 2 : 1);
   timeline.tracks.push_back(
-      detail::ToTrackWithKnownLengths(playlist.audioVideoTrack, 0, info, lengths));
+      detail::AudioVideoTrackOf(playlist.audioVideoTrack, 0, timeline.id, clips));
 
   // Before the aux track is added: the aux track never sets the duration.
   timeline.duration = mode == FromTrackItems ? DurationFromTrackItems(timeline.tracks.back())
                                              : playlist.durationInFields / 2;
 
-  if (playlist.auxTrackUmId != UmId::Empty()) {
-    timeline.tracks.push_back(TrackConverter::PlaylistAuxTrackToTrack(playlist, info));
+  if (hasAuxTrack) {
+    timeline.tracks.push_back(detail::AuxTrackOf(playlist, timeline.id, &assets));
   }
   return timeline;
 }

@@ -1,6 +1,8 @@
 // TrackConverter: media and transition items, whole tracks, the aux track.
 #include "TrackConverter.h"
 
+#include <array>
+#include <iterator>
 #include <limits>
 #include <string>
 #include <utility>
@@ -8,9 +10,11 @@
 #include "Refusals.hpp"
 #include "detail/AssetLookup.h"
 #include "detail/ClipAssets.h"
+#include "detail/ConversionParts.h"
 #include "detail/FrameArithmetic.h"
 #include "detail/GuidText.h"
 #include "detail/PlayedParts.h"
+#include "detail/TransitionRules.h"
 
 namespace Kov {
 namespace Replivo {
@@ -22,9 +26,9 @@ using Data::Sequences::AudioElement;
 using Data::Sequences::AudioVideoElement;
 using Data::Sequences::Element;
 using Data::Sequences::VideoElement;
+using detail::EffectValues;
 using TimelineEngineModel::FxTransitionItem;
 using TimelineEngineModel::MediaSummaryItem;
-using TimelineEngineModel::TransitionEffect;
 
 namespace {
 
@@ -70,24 +74,23 @@ constexpr Side kAudioSide{detail::TrackSide::Audio, &CurrentSequencePlayStatus::
 // Whatever its kind, the part before the cut must fit the previous item and
 // the part after it (duration - offset) the next one; an item with no length
 // is never tested.
-void PullBackIfOverlapping(const Side& side, const TransitionEffect& effect,
+void PullBackIfOverlapping(const Side& side, const EffectValues& effect,
                            CurrentSequencePlayStatus& status) {
   if (effect.kind == kOverlappingEffectKind) {
     status.*side.position = detail::WrappingSubtract(status.*side.position, effect.offset);
   }
 }
 
-void CheckBeforeCut(const Side& side, const TransitionEffect& effect,
-                    const MediaSummaryItem& previous, std::int32_t playlistNumber,
-                    std::int32_t itemNumber) {
+void CheckBeforeCut(const Side& side, const EffectValues& effect, const MediaSummaryItem& previous,
+                    std::int32_t playlistNumber, std::int32_t itemNumber) {
   const std::int64_t previousLength = previous.*side.timelineDuration;
   if (previousLength > 0 && previousLength < effect.offset) {
     detail::RefuseTransitionLongerThanPreviousItem(side.name, playlistNumber, itemNumber);
   }
 }
 
-void CheckAfterCut(const Side& side, const TransitionEffect& effect,
-                   const MediaSummaryItem& current, std::int32_t playlistNumber) {
+void CheckAfterCut(const Side& side, const EffectValues& effect, const MediaSummaryItem& current,
+                   std::int32_t playlistNumber) {
   const std::int64_t currentLength = current.*side.timelineDuration;
   if (currentLength > 0 &&
       detail::WrappingSubtract(effect.duration, effect.offset) > currentLength) {
@@ -101,12 +104,11 @@ std::unique_ptr<MediaSummaryItem> NewMediaItem(const Element& element) {
       detail::GuidToIdentifier(Data::Sequences::Elements::Guid(element.number, element.serverId))));
 }
 
-// Fills the item from the element's media bounds and places it at the status's
-// positions (negative ones clamped to 0), scaled by the speed in force; then
-// advances the positions past it.
-void PlaceOnTimeline(const Element& element, MediaBounds&& bounds,
+// Fills the item from the element's media bounds (the caller sets its mediaId)
+// and places it at the status's positions (negative ones clamped to 0), scaled
+// by the speed in force; then advances the positions past it.
+void PlaceOnTimeline(const Element& element, const MediaBounds& bounds,
                      CurrentSequencePlayStatus& status, MediaSummaryItem& item) {
-  item.mediaId = std::move(bounds.mediaId);
   item.mediaVideoIn = bounds.videoIn;
   item.mediaVideoDuration = bounds.videoDuration;
   item.mediaAudioIn = bounds.audioIn;
@@ -132,104 +134,252 @@ void PlaceOnTimeline(const Element& element, MediaBounds&& bounds,
   status.secondPosition = detail::WrappingAdd(item.timelineAudioIn, item.timelineAudioDuration);
 }
 
-// ToMediaSummaryItem with the assets of the whole track at hand: the same item,
-// refused at the same point, with the asset found once per clip.
-std::unique_ptr<MediaSummaryItem> MediaItemOf(const Element& element,
-                                              CurrentSequencePlayStatus& status,
-                                              detail::ClipAssets& assets) {
-  std::unique_ptr<MediaSummaryItem> item = NewMediaItem(element);
-  // Bounds first: should they throw, the status has not been touched.
-  MediaBounds bounds;
-  detail::MaterialLength& material = assets.Find(element.umId, bounds.mediaId);
-  detail::ResolvePlayedParts(element, material, bounds);
-  PlaceOnTimeline(element, std::move(bounds), status, *item);
-  return item;
+// How the text of an element's transition GUID differs from the text of the
+// element's own GUID: in the characters that write the family and the
+// category, which are the same for every element. Measured once from the
+// GUIDs themselves, on elements whose numbers and servers differ in every
+// digit; should the difference ever depend on them, it is not used and every
+// transition text is written in full.
+struct TextDifference {
+  bool usable = true;
+  std::size_t count = 0;
+  std::array<unsigned char, Data::Guid::kTextLength> positions{};
+  std::array<char, Data::Guid::kTextLength> characters{};
+};
+
+template <FxTransitionType Kind>
+TextDifference MeasureTextDifference() {
+  constexpr Data::Sequences::Elements::Guid::Category kCategory =
+      Kind == Video ? Data::Sequences::Elements::Guid::VideoTransition
+                    : Data::Sequences::Elements::Guid::AudioTransition;
+  constexpr std::uint32_t kSamples[] = {0u, 0xFFFFFFFFu, 0x5A3C96E1u};
+  TextDifference difference;
+  for (std::size_t sample = 0; sample < std::size(kSamples); ++sample) {
+    const Data::Servers::ServerId server(~kSamples[sample]);
+    char item[Data::Guid::kTextLength + 1];
+    char transition[Data::Guid::kTextLength + 1];
+    Data::Sequences::Elements::Guid(kSamples[sample], server).ToString(item, sizeof item);
+    Data::Sequences::Elements::Guid(kSamples[sample], server, kCategory)
+        .ToString(transition, sizeof transition);
+    std::size_t count = 0;
+    for (std::size_t i = 0; i < Data::Guid::kTextLength; ++i) {
+      if (item[i] == transition[i]) {
+        continue;
+      }
+      if (sample == 0) {
+        difference.positions[count] = static_cast<unsigned char>(i);
+        difference.characters[count] = transition[i];
+      } else if (count >= difference.count || difference.positions[count] != i ||
+                 difference.characters[count] != transition[i]) {
+        difference.usable = false;
+      }
+      ++count;
+    }
+    if (sample == 0) {
+      difference.count = count;
+    } else if (count != difference.count) {
+      difference.usable = false;
+    }
+  }
+  return difference;
 }
 
-// The audio transition kind of an element: its own field on an audio-video
-// element, the single transition field on an audio element.
-std::int32_t AudioTransitionKind(const AudioVideoElement& element) {
-  return element.audioTransitionType;
+template <FxTransitionType Kind>
+const TextDifference& TransitionTextDifference() {
+  static const TextDifference difference = MeasureTextDifference<Kind>();
+  return difference;
 }
-std::int32_t AudioTransitionKind(const AudioElement& element) {
-  return element.transitionType;
+
+// The GUID text of an element's media item, written once; the texts of its
+// transition items are made from it.
+class ElementText {
+ public:
+  explicit ElementText(const Element& element) : element_(element) {
+    Data::Sequences::Elements::Guid(element.number, element.serverId).ToString(text_, sizeof text_);
+  }
+
+  Identifier ItemId() const { return Identifier(std::string(text_, Data::Guid::kTextLength)); }
+
+  template <FxTransitionType Kind>
+  Identifier TransitionId() const {
+    const TextDifference& difference = TransitionTextDifference<Kind>();
+    if (!difference.usable) {
+      return ElementIdToTransitionId<Kind>(element_);
+    }
+    std::string text(text_, Data::Guid::kTextLength);
+    for (std::size_t i = 0; i < difference.count; ++i) {
+      text[difference.positions[i]] = difference.characters[i];
+    }
+    return Identifier(std::move(text));
+  }
+
+ private:
+  const Element& element_;
+  char text_[Data::Guid::kTextLength + 1];
+};
+
+// What the track conversion reads of its elements, by their exact class: a
+// track holds its elements by value, so every element of a
+// Track<VideoElement> is exactly a VideoElement, and no kind needs asking.
+// The transition effects and the played parts are the ones TimeConverter
+// gives for an element of that class.
+struct VideoElements {
+  using ElementT = VideoElement;
+  static constexpr bool kHasVideo = true;
+  static constexpr bool kHasAudio = false;
+  static EffectValues VideoEffect(const VideoElement& element) {
+    return detail::EffectValuesOf(detail::kVideoRules, element.transitionType,
+                                  element.transitionDuration);
+  }
+  template <typename Material>
+  static void Resolve(const VideoElement& element, Material& material, MediaBounds& bounds) {
+    detail::ResolveSingleSide(element, material, bounds.videoIn, bounds.videoDuration);
+  }
+};
+
+struct AudioElements {
+  using ElementT = AudioElement;
+  static constexpr bool kHasVideo = false;
+  static constexpr bool kHasAudio = true;
+  // The single transition field of an audio element holds the audio kind.
+  static std::int32_t AudioKind(const AudioElement& element) { return element.transitionType; }
+  static EffectValues AudioEffect(const AudioElement& element) {
+    return detail::EffectValuesOf(detail::kAudioRules, element.transitionType,
+                                  element.transitionDuration);
+  }
+  template <typename Material>
+  static void Resolve(const AudioElement& element, Material& material, MediaBounds& bounds) {
+    detail::ResolveSingleSide(element, material, bounds.audioIn, bounds.audioDuration);
+  }
+};
+
+struct AudioVideoElements {
+  using ElementT = AudioVideoElement;
+  static constexpr bool kHasVideo = true;
+  static constexpr bool kHasAudio = true;
+  static std::int32_t AudioKind(const AudioVideoElement& element) {
+    return element.audioTransitionType;
+  }
+  static EffectValues VideoEffect(const AudioVideoElement& element) {
+    return detail::EffectValuesOf(detail::kVideoRules, element.transitionType,
+                                  element.videoTransitionDuration);
+  }
+  static EffectValues AudioEffect(const AudioVideoElement& element) {
+    return detail::EffectValuesOf(detail::kAudioRules, element.audioTransitionType,
+                                  element.audioTransitionDuration);
+  }
+  template <typename Material>
+  static void Resolve(const AudioVideoElement& element, Material& material, MediaBounds& bounds) {
+    detail::ResolveBothSides(element, material, bounds);
+  }
+};
+
+// The element's transition item of the given class with its effect, or empty
+// when the effect is of kind 0 (the item that ToFxVideoTransitionItem and
+// ToFxAudioTransitionItem make).
+template <typename ItemT, FxTransitionType Kind>
+std::shared_ptr<FxTransitionItem> TransitionItem(const ElementText& text,
+                                                 const EffectValues& effect) {
+  std::unique_ptr<ItemT> item(new ItemT(text.TransitionId<Kind>()));
+  // Field by field: the effects of the tables have no name, nor has a new item.
+  item->effect.kind = effect.kind;
+  item->effect.offset = effect.offset;
+  item->effect.duration = effect.duration;
+  return item;
 }
 
 // Room for every item that a track can get: one per element, and one per
 // transition that an element after the first announces (a transition whose
 // effect turns out empty leaves its place unused).
-template <bool kHasVideo, bool kHasAudio, typename TrackT>
+template <typename Elements, typename TrackT>
 std::size_t MostItems(const TrackT& track) {
   std::size_t count = track.elements.size();
   for (std::size_t i = 1; i < track.elements.size(); ++i) {
-    if constexpr (kHasVideo) {
+    if constexpr (Elements::kHasVideo) {
       count += track.elements[i].transitionType != 0 ? 1 : 0;
     }
-    if constexpr (kHasAudio) {
-      count += AudioTransitionKind(track.elements[i]) != 0 ? 1 : 0;
+    if constexpr (Elements::kHasAudio) {
+      count += Elements::AudioKind(track.elements[i]) != 0 ? 1 : 0;
     }
   }
   return count;
 }
 
-// One sequence track to one engine track; Kind says which transitions the
-// elements of TrackT carry (video, audio or both, video first). Per element:
-// its transitions, which pull the position back and are checked against the
-// previous item; its media item; the transitions checked against that item;
-// then the items appended in the order transitions, media item.
-template <Element::Type Kind, typename TrackT>
-TimelineEngineModel::Track ToTrackCommon(const TrackT& track, unsigned index,
-                                         const ExternalSequenceInfo& info,
-                                         const detail::AssetLengths* known = nullptr) {
-  constexpr bool kHasVideo = Kind != Element::Audio;
-  constexpr bool kHasAudio = Kind != Element::Video;
-
+// The track with its identifier and type and no item yet.
+TimelineEngineModel::Track EmptyTrack(const Identifier& timelineId, unsigned index) {
   TimelineEngineModel::Track result;
-  result.id = TrackConverter::TimelineIdToTrackId(info.timelineId, index);
+  result.id = TrackConverter::TimelineIdToTrackId(timelineId, index);
   result.type = kTrackType;
+  return result;
+}
+
+// One sequence track to one engine track; Elements says which transitions the
+// elements carry (video, audio or both, video first). Per element: its
+// transitions, which pull the position back and are checked against the
+// previous item; its media item; the transitions checked against that item;
+// then the items appended in the order transitions, media item. The assets'
+// table comes first, before any block of the result (see ClipAssets).
+template <typename Elements>
+TimelineEngineModel::Track ConvertTrack(
+    const Data::Sequences::Track<typename Elements::ElementT>& track, unsigned index,
+    const Identifier& timelineId, detail::ClipAssets& assets) {
+  TimelineEngineModel::Track result = EmptyTrack(timelineId, index);
   if (track.elements.empty()) {
     return result;
   }
-  result.items.reserve(MostItems<kHasVideo, kHasAudio>(track));
+  result.items.reserve(MostItems<Elements>(track));
   // Every refusal of the track names the playlist of its first element.
-  const std::int32_t playlistNumber = track.elements.at(0).playlistNumber;
+  const std::int32_t playlistNumber = track.elements.front().playlistNumber;
 
   CurrentSequencePlayStatus status;
-  detail::ClipAssets assets(info, known);
   // The track owns every item; the previous media item is only looked at.
   const MediaSummaryItem* previous = nullptr;
   for (const auto& element : track.elements) {
+    const ElementText text(element);
     // A transition joins an element to the one before it, so the first
     // element's transition is never read.
     std::shared_ptr<FxTransitionItem> video;
     std::shared_ptr<FxTransitionItem> audio;
-    if constexpr (kHasVideo) {
+    EffectValues videoEffect;
+    EffectValues audioEffect;
+    if constexpr (Elements::kHasVideo) {
       if (previous != nullptr && element.transitionType != 0) {
-        video = TrackConverter::ToFxVideoTransitionItem(element);
-      }
-      if (video) {
-        PullBackIfOverlapping(kVideoSide, video->FxTransition(), status);
-        CheckBeforeCut(kVideoSide, video->FxTransition(), *previous, playlistNumber,
-                       element.itemNumber);
+        videoEffect = Elements::VideoEffect(element);
+        if (videoEffect.kind != 0) {
+          video =
+              TransitionItem<TimelineEngineModel::FxVideoTransitionItem, Video>(text, videoEffect);
+          PullBackIfOverlapping(kVideoSide, videoEffect, status);
+          CheckBeforeCut(kVideoSide, videoEffect, *previous, playlistNumber, element.itemNumber);
+        }
       }
     }
-    if constexpr (kHasAudio) {
-      if (previous != nullptr && AudioTransitionKind(element) != 0) {
-        audio = TrackConverter::ToFxAudioTransitionItem(element);
-      }
-      if (audio) {
-        PullBackIfOverlapping(kAudioSide, audio->FxTransition(), status);
-        CheckBeforeCut(kAudioSide, audio->FxTransition(), *previous, playlistNumber,
-                       element.itemNumber);
+    if constexpr (Elements::kHasAudio) {
+      if (previous != nullptr && Elements::AudioKind(element) != 0) {
+        audioEffect = Elements::AudioEffect(element);
+        if (audioEffect.kind != 0) {
+          audio =
+              TransitionItem<TimelineEngineModel::FxAudioTransitionItem, Audio>(text, audioEffect);
+          PullBackIfOverlapping(kAudioSide, audioEffect, status);
+          CheckBeforeCut(kAudioSide, audioEffect, *previous, playlistNumber, element.itemNumber);
+        }
       }
     }
 
-    std::shared_ptr<MediaSummaryItem> current = MediaItemOf(element, status, assets);
+    std::unique_ptr<MediaSummaryItem> item(new MediaSummaryItem(text.ItemId()));
+    {
+      // Bounds first: should they throw, the status has not been touched.
+      detail::ClipAssets::Asset& asset = assets.Find(element.umId);
+      detail::ClipAssets::Length material(asset, assets.Counter());
+      MediaBounds bounds;
+      Elements::Resolve(element, material, bounds);
+      item->mediaId = assets.MediaId(asset);
+      PlaceOnTimeline(element, bounds, status, *item);
+    }
     if (video) {
-      CheckAfterCut(kVideoSide, video->FxTransition(), *current, playlistNumber);
+      CheckAfterCut(kVideoSide, videoEffect, *item, playlistNumber);
     }
     if (audio) {
-      CheckAfterCut(kAudioSide, audio->FxTransition(), *current, playlistNumber);
+      CheckAfterCut(kAudioSide, audioEffect, *item, playlistNumber);
     }
 
     if (video) {
@@ -238,15 +388,30 @@ TimelineEngineModel::Track ToTrackCommon(const TrackT& track, unsigned index,
     if (audio) {
       result.items.push_back(std::move(audio));
     }
-    previous = current.get();
-    result.items.push_back(std::move(current));
+    previous = item.get();
+    result.items.push_back(std::shared_ptr<MediaSummaryItem>(std::move(item)));
   }
   return result;
 }
 
+// A track handed over on its own: its clips' assets come from the context's map.
+template <typename Elements>
+TimelineEngineModel::Track ToTrackOnItsOwn(
+    const Data::Sequences::Track<typename Elements::ElementT>& track, unsigned index,
+    const ExternalSequenceInfo& info) {
+  if (track.elements.empty()) {
+    return EmptyTrack(info.timelineId, index);
+  }
+  const detail::FieldCounter counter(info.rate);
+  detail::ClipAssets assets(info.mediaAssets.get(), track.elements.size(),
+                            detail::ClipAssets::FirstLookup::ByMap, counter);
+  return ConvertTrack<Elements>(track, index, info.timelineId, assets);
+}
+
 // A transition item of the given class, or empty when its effect is of kind 0.
 template <typename ItemT>
-std::unique_ptr<FxTransitionItem> ToTransitionItem(Identifier id, const TransitionEffect& effect) {
+std::unique_ptr<FxTransitionItem> ToTransitionItem(
+    Identifier id, const TimelineEngineModel::TransitionEffect& effect) {
   std::unique_ptr<FxTransitionItem> item(new ItemT(std::move(id)));
   item->FxTransition(effect);
   if (item->FxTransition().kind == 0) {
@@ -261,7 +426,9 @@ std::unique_ptr<MediaSummaryItem> TrackConverter::ToMediaSummaryItem(
     const Element& element, CurrentSequencePlayStatus& status, const ExternalSequenceInfo& info) {
   std::unique_ptr<MediaSummaryItem> item = NewMediaItem(element);
   // Bounds first: should they throw, the status has not been touched.
-  PlaceOnTimeline(element, TimeConverter::ToMediaBounds(element, info), status, *item);
+  MediaBounds bounds = TimeConverter::ToMediaBounds(element, info);
+  item->mediaId = std::move(bounds.mediaId);
+  PlaceOnTimeline(element, bounds, status, *item);
   return item;
 }
 
@@ -290,43 +457,49 @@ Identifier TrackConverter::TimelineIdToTrackId(const Identifier& timelineId, uns
 TimelineEngineModel::Track TrackConverter::ToTrack(
     const Data::Sequences::Track<VideoElement>& track, unsigned index,
     const ExternalSequenceInfo& info) {
-  return ToTrackCommon<Element::Video>(track, index, info);
+  return ToTrackOnItsOwn<VideoElements>(track, index, info);
 }
 
 TimelineEngineModel::Track TrackConverter::ToTrack(const Data::Sequences::AudioTrack& track,
                                                    unsigned index,
                                                    const ExternalSequenceInfo& info) {
-  return ToTrackCommon<Element::Audio>(track, index, info);
+  return ToTrackOnItsOwn<AudioElements>(track, index, info);
 }
 
 TimelineEngineModel::Track TrackConverter::ToTrack(
     const Data::Sequences::Track<AudioVideoElement>& track, unsigned index,
     const ExternalSequenceInfo& info) {
-  return ToTrackCommon<Element::AudioVideo>(track, index, info);
+  return ToTrackOnItsOwn<AudioVideoElements>(track, index, info);
 }
 
-TimelineEngineModel::Track detail::ToTrackWithKnownLengths(
+TimelineEngineModel::Track detail::AudioVideoTrackOf(
     const Data::Sequences::Track<AudioVideoElement>& track, unsigned index,
-    const ExternalSequenceInfo& info, const AssetLengths& known) {
-  return ToTrackCommon<Element::AudioVideo>(track, index, info, &known);
+    const Identifier& timelineId, ClipAssets& assets) {
+  return ConvertTrack<AudioVideoElements>(track, index, timelineId, assets);
 }
 
 TimelineEngineModel::Track TrackConverter::PlaylistAuxTrackToTrack(
     const Data::Sequences::Playlist& playlist, const ExternalSequenceInfo& info) {
+  return detail::AuxTrackOf(playlist, info.timelineId, info.mediaAssets.get());
+}
+
+TimelineEngineModel::Track detail::AuxTrackOf(const Data::Sequences::Playlist& playlist,
+                                              const Identifier& timelineId,
+                                              const DataModel::MediaAssets::MediaAssetMap* assets) {
   TimelineEngineModel::Track track;
-  track.id = TimelineIdToTrackId(info.timelineId, kAuxTrackIndex);
+  track.id = TrackConverter::TimelineIdToTrackId(timelineId, kAuxTrackIndex);
   track.type = kTrackType;
 
   std::unique_ptr<MediaSummaryItem> item(
-      new MediaSummaryItem(detail::GuidToIdentifier(Data::Sequences::Elements::Guid(
+      new MediaSummaryItem(GuidToIdentifier(Data::Sequences::Elements::Guid(
           playlist.number, playlist.serverId, Data::Sequences::Elements::Guid::AuxTrack))));
-  item->mediaId = detail::ClipAssetIdentifier(playlist.auxTrackUmId);
-  const DataModel::MediaAssets::MediaAsset* asset = detail::FindAsset(info, item->mediaId);
-  if (asset == nullptr) {
-    detail::RefuseMissingAuxAsset();
+  item->mediaId = ClipAssetIdentifier(playlist.auxTrackUmId);
+  const auto* entry = FindAssetEntry(assets, item->mediaId);
+  if (entry == nullptr) {
+    RefuseMissingAuxAsset();
   }
   const LimitInAndDuration shortRange =
-      TimeConverter::GetShortInAndDurationFromMediaAsset(*asset, playlist.rate);
+      TimeConverter::GetShortInAndDurationFromMediaAsset(entry->second, playlist.rate);
 
   // Sound only, from the start of the timeline. The short range's length is
   // halved once more while its in-point is not: that asymmetry is the

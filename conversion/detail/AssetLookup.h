@@ -12,12 +12,18 @@ namespace detail {
 
 // The map's entry (its key and its asset), or null when there is none.
 inline const DataModel::MediaAssets::MediaAssetMap::value_type* FindAssetEntry(
-    const ExternalSequenceInfo& info, const BusinessEntityModel::BaseTypes::Identifier& id) {
-  if (!info.mediaAssets) {
+    const DataModel::MediaAssets::MediaAssetMap* map,
+    const BusinessEntityModel::BaseTypes::Identifier& id) {
+  if (map == nullptr) {
     return nullptr;
   }
-  const auto found = info.mediaAssets->find(id);
-  return found == info.mediaAssets->end() ? nullptr : &*found;
+  const auto found = map->find(id);
+  return found == map->end() ? nullptr : &*found;
+}
+
+inline const DataModel::MediaAssets::MediaAssetMap::value_type* FindAssetEntry(
+    const ExternalSequenceInfo& info, const BusinessEntityModel::BaseTypes::Identifier& id) {
+  return FindAssetEntry(info.mediaAssets.get(), id);
 }
 
 inline const DataModel::MediaAssets::MediaAsset* FindAsset(

@@ -23,9 +23,18 @@ inline BusinessEntityModel::BaseTypes::Identifier GuidToIdentifier(const Data::G
       std::string(guid.ToString(buffer, sizeof buffer), Data::Guid::kTextLength));
 }
 
+// The text of a clip's asset identifier, written into a buffer of
+// kTextLength + 1 bytes: the identifier without its own copy of the text.
+inline const char* ClipAssetText(const Data::Clips::UmId& umId,
+                                 char (&buffer)[Data::Guid::kTextLength + 1]) {
+  return Data::Clips::Guid(std::string(umId.GetUmId())).ToString(buffer, sizeof buffer);
+}
+
 inline BusinessEntityModel::BaseTypes::Identifier ClipAssetIdentifier(
     const Data::Clips::UmId& umId) {
-  return GuidToIdentifier(Data::Clips::Guid(std::string(umId.GetUmId())));
+  char buffer[Data::Guid::kTextLength + 1];
+  return BusinessEntityModel::BaseTypes::Identifier(
+      std::string(ClipAssetText(umId, buffer), Data::Guid::kTextLength));
 }
 
 inline BusinessEntityModel::BaseTypes::Identifier SequenceIdentifier(

@@ -89,6 +89,52 @@ std::string BoundsText(const Conversion::MediaBounds& bounds) {
          std::to_string(bounds.audioIn) + "+" + std::to_string(bounds.audioDuration);
 }
 
+// The material length counts every range exactly as TimeBoundaryToFields does
+// (nearest field, halves away from zero, each range halved to frames on its
+// own), on both sides of the 64-bit products and for rates it refuses.
+TEST(TimeConverter, AssetLengthCountsEachRangeAsTheFieldCountDoes) {
+  using Kov::TimePoints::Rate;
+  using Kov::TimePoints::TimeBounds;
+  constexpr std::int64_t kMax = std::numeric_limits<std::int64_t>::max();
+  constexpr std::int64_t kMin = std::numeric_limits<std::int64_t>::min();
+  const struct {
+    const char* name;
+    Rate rate;
+    std::vector<TimeBounds> ranges;
+  } rows[] = {
+      {"halves of a field round up", {50, 1}, {{{0, 0}, {50'000, 0}}, {{0, 1}, {150'000, 0}}}},
+      {"59.94 counts 119.88 fields as 120", {60000, 1001}, {{{0, 0}, {10'000'000, 0}}}},
+      {"a backward range rounds away from zero", {50, 1}, {{{150'000, 0}, {0, 0}}}},
+      {"products beyond 64 bits", {60000, 1}, {{{kMin, 0}, {kMax - 1, 0}}, {{0, 0}, {1, 0}}}},
+      {"a divisor beyond 64 bits", {50, kMax / 3}, {{{0, 0}, {kMax - 1, 0}}}},
+      {"a just-fitting product", {1, 1}, {{{0, 0}, {kMax - 1, 0}}}},
+  };
+  for (const auto& row : rows) {
+    Assets::MediaAsset asset;
+    std::int64_t expected = 0;
+    for (const auto& range : row.ranges) {
+      asset.timeBounds.Insert(range);
+      expected +=
+          Kov::Replivo::Tollan::DataModelConversion::ClipMediaTimeConverter::TimeBoundaryToFields(
+              range.end, range.start, row.rate) /
+          2;
+    }
+    EXPECT_EQ(expected, TimeConverter::GetMediaAssetLimitInAndDuration(asset, row.rate).duration)
+        << row.name;
+  }
+
+  // A rate that cannot count fields is refused at the first range to count;
+  // open-ended material is not counted at all.
+  const auto asset = ThousandFrameAsset();
+  for (const Rate rate : {Rate{0, 1}, Rate{50, 0}, Rate{-50, 1}}) {
+    ExpectRefused([&] { TimeConverter::GetMediaAssetLimitInAndDuration(asset, rate); },
+                  kRateNotPositive);
+  }
+  EXPECT_EQ(-1, TimeConverter::GetMediaAssetLimitInAndDuration(
+                    AssetWithRanges("OPEN", {OpenRange(0)}), Rate{0, 1})
+                    .duration);
+}
+
 TEST(TimeConverter, BoundariesResolveByKindOnAThousandFrameAsset) {
   struct BoundaryCase {
     const char* name;

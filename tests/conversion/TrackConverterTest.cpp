@@ -123,6 +123,20 @@ TEST(TrackConverter, TransitionItemsHaveTheirOwnIdentifiers) {
             video->Id().Text());
   EXPECT_EQ(GuidText(ElementGuid(5, element.serverId, ElementGuid::AudioTransition)),
             audio->Id().Text());
+
+  // A track names its items the same way, for numbers and servers of every digit.
+  Sequences::Track<Sequences::AudioVideoElement> track;
+  track.elements = {Clip(10, 10), element};
+  track.elements[1].number = 0x89ABCDEF;
+  track.elements[1].serverId = Data::Servers::ServerId(0xF1234567);
+  const auto items = TrackConverter::ToTrack(track, 0, ClipInfo()).items;
+  ASSERT_EQ(4u, items.size());
+  const Data::Servers::ServerId server = track.elements[1].serverId;
+  EXPECT_EQ(GuidText(ElementGuid(0x89ABCDEF, server, ElementGuid::VideoTransition)),
+            items[1]->Id().Text());
+  EXPECT_EQ(GuidText(ElementGuid(0x89ABCDEF, server, ElementGuid::AudioTransition)),
+            items[2]->Id().Text());
+  EXPECT_EQ(GuidText(ElementGuid(0x89ABCDEF, server)), items[3]->Id().Text());
 }
 
 TEST(TrackConverter, TrackIdsOverwriteTheEndOfTheTimelineId) {
