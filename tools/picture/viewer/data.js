@@ -1,0 +1,158 @@
+// The page data decoded: each table column is a base64 typed array named in
+// the data itself, decoded once into a typed array. Per row, the marks are
+// indexed by left edge with the running maximum of right edges, so that a
+// frame finds what is in view by binary search. Item identifiers and the
+// identifier index are built only when a search or an address needs them.
+function decodeBytes(text) {
+  if (typeof Uint8Array.fromBase64 === "function") return Uint8Array.fromBase64(text);
+  var binary = atob(text), bytes = new Uint8Array(binary.length);
+  for (var i = 0; i < binary.length; i++) bytes[i] = binary.charCodeAt(i);
+  return bytes;
+}
+var TYPED = { u8: Uint8Array, i8: Int8Array, u16: Uint16Array, i16: Int16Array, u32: Uint32Array, i32: Int32Array,
+  f64: Float64Array };
+function decodeColumn(column) {
+  var bytes = decodeBytes(column[2]), Type = TYPED[column[0]];
+  var values = new Type(bytes.buffer, bytes.byteOffset, bytes.byteLength / Type.BYTES_PER_ELEMENT);
+  if (!column[1]) return values;
+  // Differences between neighbours: add them up.
+  var sums = new Float64Array(values.length), total = 0;
+  for (var i = 0; i < values.length; i++) { total += values[i]; sums[i] = total; }
+  return sums;
+}
+function decodeTable(table) {
+  var columns = { count: table.count };
+  Object.keys(table.columns).forEach(function (name) { columns[name] = decodeColumn(table.columns[name]); });
+  return columns;
+}
+var elements = decodeTable(data.tables.elements);
+elements.clip = decodeColumn(data.tables.elementClips.clip);
+var items = decodeTable(data.tables.items);
+var marks = decodeTable(data.tables.marks);
+var itemCount = items.count;
+
+var ids = null, byId = null;
+// Identifiers come front-coded: characters shared with the previous one of
+// the same kind (transition or not), then the rest.
+function itemIds() {
+  if (ids) return ids;
+  var rest = Array.isArray(data.ids.rest) ? data.ids.rest : data.ids.rest.split("\n");
+  var shared = decodeColumn(data.ids.shared), previous = ["", ""];
+  ids = new Array(itemCount);
+  for (var i = 0; i < itemCount; i++) {
+    var slot = items.kind[i] === 1 ? 1 : 0, id = previous[slot].slice(0, shared[i]) + rest[i];
+    previous[slot] = ids[i] = id;
+  }
+  return ids;
+}
+function itemOfId(id) {
+  if (!byId) {
+    byId = new Map();
+    itemIds().forEach(function (each, index) { if (each) byId.set(each, index); });
+  }
+  return byId.has(id) ? byId.get(id) : -1;
+}
+function clipOf(element) { return data.clips[elements.clip[element]]; }
+function numberOf(index) {
+  var element = items.element[index];
+  var base = element >= 0 ? "#" + elements.itemNumber[element] : items.track[index] > 0 ? "aux" : "#?";
+  return items.kind[index] === 1 ? base + (items.audio[index] ? " audio fx" : " video fx") : base;
+}
+
+var rows = data.rows.map(function (row, rowIndex) {
+  var offset = 0;
+  for (var r = 0; r < rowIndex; r++) offset += data.rows[r].count;
+  var count = row.count, low = new Float64Array(count), high = new Float64Array(count), order = new Uint32Array(count), i;
+  var start = marks.start.subarray(offset, offset + count), length = marks.length.subarray(offset, offset + count);
+  for (i = 0; i < count; i++) {
+    low[i] = Math.min(start[i], start[i] + length[i]);
+    high[i] = Math.max(start[i], start[i] + length[i]);
+    order[i] = i;
+  }
+  // Marks come in track order, nearly always sorted already.
+  var sorted = true;
+  for (i = 1; i < count && sorted; i++) sorted = low[i - 1] <= low[i];
+  if (!sorted) order.sort(function (a, b) { return low[a] - low[b]; });
+  var reach = new Float64Array(count), most = -Infinity;
+  for (i = 0; i < count; i++) { most = Math.max(most, high[order[i]]); reach[i] = most; }
+  return { track: row.track, sound: row.sound === 1, start: start, length: length,
+    kind: marks.kind.subarray(offset, offset + count), flags: marks.flags.subarray(offset, offset + count),
+    item: marks.item.subarray(offset, offset + count), low: low, high: high, order: order, reach: reach, bandCounts: null };
+});
+// The marks of one item, as [row, mark] pairs; looked up when needed.
+var marksCache = new Map();
+function marksOf(itemIndex) {
+  if (marksCache.has(itemIndex)) return marksCache.get(itemIndex);
+  var found = [];
+  rows.forEach(function (row, rowIndex) {
+    for (var i = 0; i < row.item.length; i++) if (row.item[i] === itemIndex) found.push([rowIndex, i]);
+  });
+  if (marksCache.size > 64) marksCache.clear();
+  marksCache.set(itemIndex, found);
+  return found;
+}
+// Timeline in and length of the picture and sound parts: those of the marks.
+function placeOf(itemIndex) {
+  var place = [0, 0, 0, 0];
+  marksOf(itemIndex).forEach(function (m) {
+    var row = rows[m[0]], at = row.sound ? 2 : 0;
+    place[at] = row.start[m[1]];
+    place[at + 1] = row.length[m[1]];
+  });
+  return place;
+}
+// Left and right edge of every item over all its marks, built on first use.
+var itemExtents = null;
+function extentOf(itemIndex) {
+  if (!itemExtents) {
+    itemExtents = [new Float64Array(itemCount).fill(Infinity), new Float64Array(itemCount).fill(-Infinity)];
+    rows.forEach(function (row) {
+      for (var i = 0; i < row.item.length; i++) {
+        var item = row.item[i];
+        if (row.low[i] < itemExtents[0][item]) itemExtents[0][item] = row.low[i];
+        if (row.high[i] > itemExtents[1][item]) itemExtents[1][item] = row.high[i];
+      }
+    });
+  }
+  return [itemExtents[0][itemIndex], itemExtents[1][itemIndex]];
+}
+var refusedItem = -1;
+for (var refusedScan = 0; refusedScan < itemCount; refusedScan++) if (items.kind[refusedScan] === 2) refusedItem = refusedScan;
+// The item an element became: its media item (or the refused one).
+var elementItems = null;
+function findElementItem(elementIndex) {
+  if (!elementItems) {
+    elementItems = new Int32Array(elements.count).fill(-1);
+    for (var i = itemCount - 1; i >= 0; i--) {
+      if (items.kind[i] !== 1 && items.element[i] >= 0 && items.element[i] < elements.count) elementItems[items.element[i]] = i;
+    }
+    if (refusedItem >= 0 && items.element[refusedItem] >= 0) elementItems[items.element[refusedItem]] = refusedItem;
+  }
+  return elementIndex >= 0 && elementIndex < elementItems.length ? elementItems[elementIndex] : -1;
+}
+// Findings with the item each is drawn at (-1 when it names none), in
+// timeline order for the next/previous keys.
+var findings = (data.findings || []).map(function (finding, index) {
+  var item = finding[2] >= 0 ? findElementItem(finding[2]) : -1;
+  if (item < 0 && finding[0].indexOf("aux") >= 0) {
+    for (var i = 0; i < itemCount; i++) if (items.kind[i] === 0 && items.element[i] < 0) { item = i; break; }
+  }
+  var at = item >= 0 ? extentOf(item)[0] : Infinity;
+  return { index: index, kind: finding[0], severity: finding[1], element: finding[2], place: finding[3], message: finding[4],
+    pointer: finding[5], numbers: finding[6] || {}, item: item, at: at };
+});
+var findingOrder = findings.filter(function (f) { return f.item >= 0; }).sort(function (a, b) { return a.at - b.at; });
+// Every cut and the ends of items, sorted once on first use, for the
+// next/previous edit keys.
+var editList = null;
+function edits() {
+  if (editList) return editList;
+  var all = [];
+  rows.forEach(function (row) {
+    for (var i = 0; i < row.start.length; i++) if (row.kind[i] <= KIND.sound) { all.push(row.low[i]); all.push(row.high[i]); }
+  });
+  all.push(data.duration);
+  all.sort(function (a, b) { return a - b; });
+  editList = Float64Array.from(all.filter(function (value, i) { return i === 0 || value !== all[i - 1]; }));
+  return editList;
+}
