@@ -21,7 +21,7 @@ const faults = {
   "valid-typeof": "error",
 };
 const browser = ["window", "document", "location", "history", "atob", "requestAnimationFrame", "Map", "Uint8Array",
-  "Int8Array", "Uint16Array", "Int16Array", "Uint32Array", "Int32Array", "Float32Array", "Float64Array"];
+  "Int8Array", "Uint16Array", "Int16Array", "Uint32Array", "Int32Array", "Float32Array", "Float64Array", "performance"];
 const node = ["require", "module", "process", "__dirname", "console"];
 
 module.exports = [

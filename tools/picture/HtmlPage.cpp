@@ -158,35 +158,53 @@ void Words(DataWriter& json, const PictureLabels& labels, const Kov::TimePoints:
 
 // One column of a table of the page data: integers (or, rarely, fractions)
 // shipped as the narrowest little-endian typed array that holds them all,
-// base64-coded. A column that mostly grows is shipped as the differences
-// between neighbours, which are small. The script decodes each column straight
+// base64-coded; or, when shorter, as the differences between neighbours in
+// varints; or, when all are equal, as that one value. The script decodes each column straight
 // into a typed array: no text to parse per value, no small arrays to collect.
 class Column {
  public:
   void Add(double value) { values_.push_back(value); }
 
   void Write(DataWriter& json, const char* name) const {
+    json.Key(name).Open('[');
     const bool integral = std::all_of(values_.begin(), values_.end(), [](double value) {
       return std::isfinite(value) && value == std::floor(value) && std::fabs(value) <= kExact;
     });
-    std::vector<double> deltas(values_.size());
-    double previous = 0;
-    for (std::size_t index = 0; index < values_.size(); ++index) {
-      deltas[index] = values_[index] - previous;
-      previous = values_[index];
+    if (integral && !values_.empty() &&
+        std::all_of(values_.begin(), values_.end(),
+                    [this](double value) { return value == values_.front(); })) {
+      json.Text("c").Int(static_cast<std::int64_t>(values_.front())).Close(']');
+      return;
     }
-    const int plain = integral ? NarrowestType(values_) : kFloat;
-    const int delta = integral ? NarrowestType(deltas) : kFloat;
-    const bool useDeltas = delta < plain;
-    const int type = useDeltas ? delta : plain;
-    const auto& shipped = useDeltas ? deltas : values_;
+    const int type = integral ? NarrowestType(values_) : kFloat;
     std::string bytes;
-    bytes.reserve(shipped.size() * kTypes[type].size);
-    for (const double value : shipped) {
+    bytes.reserve(values_.size() * kTypes[type].size);
+    for (const double value : values_) {
       AppendLittleEndian(bytes, value, type);
     }
-    json.Key(name).Open('[').Text(kTypes[type].name).Int(useDeltas ? 1 : 0);
-    json.Base64(bytes).Close(']');
+    if (integral) {
+      // Differences between neighbours as zigzag varints: a growing column
+      // (starts, indexes) takes a byte or two per value whatever its range.
+      std::string varints;
+      std::int64_t previous = 0;
+      for (const double value : values_) {
+        const auto whole = static_cast<std::int64_t>(value);
+        const std::int64_t delta = whole - previous;
+        previous = whole;
+        auto zigzag =
+            (static_cast<std::uint64_t>(delta) << 1) ^ static_cast<std::uint64_t>(delta >> 63);
+        while (zigzag >= 0x80) {
+          varints += static_cast<char>((zigzag & 0x7F) | 0x80);
+          zigzag >>= 7;
+        }
+        varints += static_cast<char>(zigzag);
+      }
+      if (varints.size() < bytes.size()) {
+        json.Text("v").Int(1).Base64(varints).Close(']');
+        return;
+      }
+    }
+    json.Text(kTypes[type].name).Int(0).Base64(bytes).Close(']');
   }
 
  private:
@@ -310,10 +328,10 @@ const MarkColumn kMarkColumns[] = {
     {"item", [](const RowMark& m) { return double(m.mark->item); }},
 };
 
-// Item identifiers, front-coded: how many characters each shares with the
-// previous identifier of the same kind (transition or not), and the rest of
-// all of them joined by newlines; the script decodes them only when a search
-// or an address needs one.
+// Item identifiers, coded against the previous identifier of the same kind
+// (transition or not): how many characters each shares with it at the start
+// and at the end, and the middles of all of them joined by newlines; the script decodes them only
+// when a search or an address needs one.
 void WriteIds(DataWriter& json, const std::vector<ViewItem>& items) {
   const bool joinable = std::none_of(items.begin(), items.end(), [](const ViewItem& item) {
     return item.id.find('\n') != std::string::npos;
@@ -334,26 +352,36 @@ void WriteIds(DataWriter& json, const std::vector<ViewItem>& items) {
     return;
   }
   std::string rests;
+  Column suffixes;
   const std::string* previousIds[2] = {nullptr, nullptr};
   for (const auto& item : items) {
     const std::string*& previousId = previousIds[item.transition ? 1 : 0];
     std::size_t common = 0;
+    std::size_t tail = 0;
     if (previousId != nullptr) {
-      const std::size_t most = std::min(previousId->size(), item.id.size());
-      // ASCII only: the viewer counts the shared part in characters.
-      while (common < most && (*previousId)[common] == item.id[common] &&
+      const std::string& before = *previousId;
+      const std::size_t most = std::min(before.size(), item.id.size());
+      // ASCII only: the viewer counts the shared parts in characters.
+      while (common < most && before[common] == item.id[common] &&
              static_cast<unsigned char>(item.id[common]) < 0x80) {
         ++common;
+      }
+      while (common + tail < most &&
+             before[before.size() - 1 - tail] == item.id[item.id.size() - 1 - tail] &&
+             static_cast<unsigned char>(item.id[item.id.size() - 1 - tail]) < 0x80) {
+        ++tail;
       }
     }
     previousId = &item.id;
     shared.Add(static_cast<double>(common));
+    suffixes.Add(static_cast<double>(tail));
     if (&item != &items.front()) {
       rests += '\n';
     }
-    rests.append(item.id, common, std::string::npos);
+    rests.append(item.id, common, item.id.size() - common - tail);
   }
   shared.Write(json, "shared");
+  suffixes.Write(json, "suffix");
   json.Key("rest").Text(rests).Close('}');
 }
 

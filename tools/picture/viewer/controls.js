@@ -351,4 +351,5 @@ window.timelineViewer = {
   zoom: zoom,
   fit: fit
 };
+window.timelineViewer.timing = { scriptStart: startedAt, ready: performance.now() };
 document.body.dataset.ready = "true";

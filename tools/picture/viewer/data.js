@@ -11,36 +11,48 @@ function decodeBytes(text) {
 }
 var TYPED = { u8: Uint8Array, i8: Int8Array, u16: Uint16Array, i16: Int16Array, u32: Uint32Array, i32: Int32Array,
   f64: Float64Array };
-function decodeColumn(column) {
-  var bytes = decodeBytes(column[2]), Type = TYPED[column[0]];
-  var values = new Type(bytes.buffer, bytes.byteOffset, bytes.byteLength / Type.BYTES_PER_ELEMENT);
-  if (!column[1]) return values;
-  // Differences between neighbours: add them up.
-  var sums = new Float64Array(values.length), total = 0;
-  for (var i = 0; i < values.length; i++) { total += values[i]; sums[i] = total; }
-  return sums;
+// A column: [type, 0, base64] a typed array; ["v", 1, base64] differences
+// between neighbours as zigzag varints; ["c", value] one value for all.
+function decodeColumn(column, count) {
+  if (column[0] === "c") return new Float64Array(count).fill(column[1]);
+  var bytes = decodeBytes(column[2]);
+  if (column[0] !== "v") {
+    var Type = TYPED[column[0]];
+    return new Type(bytes.buffer, bytes.byteOffset, bytes.byteLength / Type.BYTES_PER_ELEMENT);
+  }
+  var values = new Float64Array(count), total = 0, at = 0;
+  for (var i = 0; i < count; i++) {
+    var value = 0, weight = 1, byte;
+    do { byte = bytes[at++]; value += (byte & 127) * weight; weight *= 128; } while (byte & 128);
+    total += value % 2 ? -(value + 1) / 2 : value / 2;
+    values[i] = total;
+  }
+  return values;
 }
 function decodeTable(table) {
   var columns = { count: table.count };
-  Object.keys(table.columns).forEach(function (name) { columns[name] = decodeColumn(table.columns[name]); });
+  Object.keys(table.columns).forEach(function (name) { columns[name] = decodeColumn(table.columns[name], table.count); });
   return columns;
 }
 var elements = decodeTable(data.tables.elements);
-elements.clip = decodeColumn(data.tables.elementClips.clip);
+elements.clip = decodeColumn(data.tables.elementClips.clip, elements.count);
 var items = decodeTable(data.tables.items);
 var marks = decodeTable(data.tables.marks);
 var itemCount = items.count;
 
 var ids = null, byId = null;
-// Identifiers come front-coded: characters shared with the previous one of
-// the same kind (transition or not), then the rest.
+// Identifiers come coded against the previous one of the same kind
+// (transition or not): characters shared at the start, the middle, and
+// characters shared at the end.
 function itemIds() {
   if (ids) return ids;
   var rest = Array.isArray(data.ids.rest) ? data.ids.rest : data.ids.rest.split("\n");
-  var shared = decodeColumn(data.ids.shared), previous = ["", ""];
+  var shared = decodeColumn(data.ids.shared, itemCount), previous = ["", ""];
+  var suffix = data.ids.suffix ? decodeColumn(data.ids.suffix, itemCount) : new Float64Array(itemCount);
   ids = new Array(itemCount);
   for (var i = 0; i < itemCount; i++) {
-    var slot = items.kind[i] === 1 ? 1 : 0, id = previous[slot].slice(0, shared[i]) + rest[i];
+    var slot = items.kind[i] === 1 ? 1 : 0, before = previous[slot];
+    var id = before.slice(0, shared[i]) + rest[i] + (suffix[i] ? before.slice(before.length - suffix[i]) : "");
     previous[slot] = ids[i] = id;
   }
   return ids;

@@ -1,6 +1,7 @@
 // The viewer's constants and its whole state, in one place: what is in view,
 // what is selected, where the playhead is, the theme and the panel. Every
 // other module reads and changes the state through `state` alone.
+var startedAt = performance.now();
 var data = JSON.parse(document.getElementById("timeline-data").textContent);
 var LABEL_WIDTH = 118, RULER_HEIGHT = 40, ROW_GAP = 4, OVERVIEW_HEIGHT = 30, REFUSED_WIDTH = 84;
 var KIND = { picture: 0, sound: 1, vfx: 2, afx: 3, refused: 4 };
