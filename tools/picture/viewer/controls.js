@@ -74,6 +74,16 @@ function hit(x, y) {
   }
   return null;
 }
+// A band zooms to its extent; a band wider than the view's tenth (at Fit
+// often the whole row) zooms to the part of it around the pointer.
+function zoomIntoBand(band, x) {
+  var low = band.low, high = band.high, slice = drawWidth() / 20;
+  if (band.to - band.from > 2 * slice) {
+    low = Math.max(low, frameOf(x - slice));
+    high = Math.min(high, frameOf(x + slice));
+  }
+  zoomTo(low, high);
+}
 function bandText(band) {
   return band.count.toLocaleString("en") + " items merged here, " + numberOf(band.firstItem) + " to " + numberOf(band.lastItem) +
     " (" + timecode(band.low) + " \u2013 " + timecode(band.high) + "): click to zoom in";
@@ -81,7 +91,9 @@ function bandText(band) {
 
 // Brings an item into view, zoomed in far enough for its label to show.
 function reveal(index) {
-  var extent = extentOf(index);
+  // The picture part carries the label; its sound may lie far from it.
+  var extent = extentOf(index), place = placeOf(index);
+  if (items.kind[index] === 0 && place[1] !== 0) extent = [Math.min(place[0], place[0] + place[1]), Math.max(place[0], place[0] + place[1])];
   if (!isFinite(extent[0])) return;
   var length = Math.max(1, extent[1] - extent[0]);
   context.font = "11px monospace";
@@ -286,7 +298,7 @@ wrap.addEventListener("pointerup", function (event) {
       setPlayhead(frameOf(x));
     } else {
       var found = hit(x, y);
-      if (found && found.band) zoomTo(found.band.low, found.band.high);
+      if (found && found.band) zoomIntoBand(found.band, x);
       else if (found) select(found.item, false);
     }
   }
@@ -344,6 +356,7 @@ window.timelineViewer = {
   selectedNumber: function () { return state.selected >= 0 ? numberOf(state.selected) : null; },
   playhead: function () { return state.playhead; },
   labelBoxes: function () { return state.labelBoxes; },
+  findingShapes: function () { return state.findingShapes; },
   bands: function () { return state.bands; },
   rowTop: rowTop,
   xOf: xOf,

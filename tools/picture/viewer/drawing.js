@@ -200,6 +200,7 @@ function tickStep() {
 // drift as a link from the picture to the sound with the offset.
 function drawFindings() {
   var colors = palette(), h = state.rowHeight, visible = visibleRange();
+  state.findingShapes = [];
   findings.forEach(function (finding) {
     if (finding.item < 0) return;
     var extent = extentOf(finding.item), track = items.track[finding.item];
@@ -216,6 +217,7 @@ function drawFindings() {
       var text = "needs " + n.needed + " frames, " + n.available + " available";
       context.fillStyle = colors.ground; context.fillRect(Math.max(x, LABEL_WIDTH), top + h + 6, context.measureText(text).width + 6, 14);
       context.fillStyle = colors.redText; context.fillText(text, Math.max(x, LABEL_WIDTH) + 3, top + h + 17);
+      state.findingShapes.push({ kind: finding.kind, left: x, right: x + w, top: top - 2, bottom: top + h + 2, text: text });
       return;
     }
     if (finding.kind === "av-drift" && n.pictureStart !== undefined) {
@@ -225,10 +227,10 @@ function drawFindings() {
       context.fillStyle = colors.drift;
       [[px, top + h], [sx, soundTop]].forEach(function (p) { context.beginPath(); context.arc(p[0], p[1], 3.5, 0, 2 * Math.PI); context.fill(); });
       context.font = "bold 11px monospace";
-      var drift = "drift " + n.offset + " frames";
-      var mid = Math.max(LABEL_WIDTH + 2, (px + sx) / 2 - context.measureText(drift).width / 2);
-      context.fillStyle = colors.ground; context.fillRect(mid - 2, top + h - 4, context.measureText(drift).width + 4, 13);
-      context.fillStyle = colors.drift; context.fillText(drift, mid, top + h + 6);
+      var drift = "drift " + n.offset + " frames", textAt = Math.max(LABEL_WIDTH + 2, Math.max(px, sx) + 8);
+      context.fillStyle = colors.ground; context.fillRect(textAt - 2, top + h - 4, context.measureText(drift).width + 4, 13);
+      context.fillStyle = colors.drift; context.fillText(drift, textAt, top + h + 6);
+      state.findingShapes.push({ kind: finding.kind, from: [px, top + h], to: [sx, soundTop], text: drift });
       return;
     }
     var bx = Math.max(LABEL_WIDTH + 6, xOf(extent[0]) + 4);

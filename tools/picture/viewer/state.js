@@ -27,5 +27,7 @@ var state = {
   // Density bands of the last frame, per row: runs of merged columns.
   bands: [],
   // Label boxes drawn in the last frame, for tests of overlap.
-  labelBoxes: []
+  labelBoxes: [],
+  // Findings drawn specially in the last frame, with where.
+  findingShapes: []
 };
