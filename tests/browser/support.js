@@ -86,12 +86,13 @@ async function open(browser, file, hash = "", { width = 1400, height = 800, sche
 // A copy of a rendered page with findings added to its data, for kinds the
 // tool may not produce for any shipped document; each finding is
 // [kind, severity, element, place, message, pointer, numbers].
-function withFindings(file, name, findings) {
+function withFindings(file, name, findings, change = () => {}) {
   const text = fs.readFileSync(file, "utf8");
   const open = '<script type="application/json" id="timeline-data">';
   const from = text.indexOf(open) + open.length, to = text.indexOf("</script>", from);
   const data = JSON.parse(text.slice(from, to));
   data.findings = data.findings.concat(findings);
+  change(data);
   const output = path.join(work, name + ".html");
   fs.writeFileSync(output, text.slice(0, from) + JSON.stringify(data).replace(/</g, "\\u003c") + text.slice(to));
   return output;

@@ -173,6 +173,25 @@ test("the playhead follows a click on the ruler; the pointer's timecode is read 
   await page.close();
 });
 
+test("timecode drops frame numbers at 30000/1001 and 60000/1001 only", async () => {
+  const rows = [
+    { rate: [30000, 1001], fps: 30, frames: [[1799, "00:00:59;29"], [1800, "00:01:00;02"], [17982, "00:10:00;00"], [107892, "01:00:00;00"]] },
+    { rate: [60000, 1001], fps: 60, frames: [[3600, "00:01:00;04"], [35964, "00:10:00;00"]] },
+    { rate: [25, 1], fps: 25, frames: [[1500, "00:01:00:00"], [-30, "-00:00:01:05"]] },
+  ];
+  for (const row of rows) {
+    const file = support.withFindings(pages.highlight.page, "rate-" + row.rate[0], [], (data) => {
+      data.rate = row.rate;
+      data.words.framesPerSecond = row.fps;
+    });
+    const { page } = await support.open(browser, file);
+    for (const [frame, text] of row.frames) {
+      assert.equal(await page.evaluate((f) => window.timelineViewer.timecode(f), frame), text, `${row.rate} ${frame}`);
+    }
+    await page.close();
+  }
+});
+
 test("keys: next and previous edit, first and last, next finding, help", async () => {
   const file = support.withFindings(pages.highlight.page, "two-findings", [
     ["made-up-late", "warning", 3, "at element 3", "late finding", "", { frames: 7 }],
