@@ -59,17 +59,19 @@ function hit(x, y) {
     var band = bandAt(r, x);
     if (band) return { band: band, row: r };
     var row = rows[r], frame = frameOf(x), slack = 4 / state.view.scale, best = null;
-    for (var k = firstVisible(row, frame - slack); k < row.order.length; k++) {
-      var i = row.order[k];
-      if (row.low[i] > frame + slack) break;
-      var kind = row.kind[i], high = row.high[i];
-      if (kind === KIND.refused) high = Math.max(high, row.low[i] + REFUSED_WIDTH / state.view.scale);
-      if (frame < row.low[i] - slack || frame > high + slack) continue;
-      var candidate = { item: row.item[i], flags: row.flags[i], transition: kind === KIND.vfx || kind === KIND.afx,
-        width: (high - row.low[i]) * state.view.scale };
-      if (!best || (candidate.transition && !best.transition) ||
-          (candidate.transition === best.transition && candidate.width < best.width)) best = candidate;
-    }
+    row.groups.forEach(function (group) {
+      for (var k = firstVisible(group, frame - slack); k < group.order.length; k++) {
+        var i = group.order[k];
+        if (row.low[i] > frame + slack) break;
+        var kind = row.kind[i], high = row.high[i];
+        if (kind === KIND.refused) high = Math.max(high, row.low[i] + REFUSED_WIDTH / state.view.scale);
+        if (frame < row.low[i] - slack || frame > high + slack) continue;
+        var candidate = { item: row.item[i], flags: row.flags[i], transition: kind === KIND.vfx || kind === KIND.afx,
+          width: (high - row.low[i]) * state.view.scale };
+        if (!best || (candidate.transition && !best.transition) ||
+            (candidate.transition === best.transition && candidate.width < best.width)) best = candidate;
+      }
+    });
     if (best) return best;
   }
   return null;
@@ -357,6 +359,7 @@ window.timelineViewer = {
   playhead: function () { return state.playhead; },
   labelBoxes: function () { return state.labelBoxes; },
   findingShapes: function () { return state.findingShapes; },
+  drawMs: function () { return state.drawMs; },
   bands: function () { return state.bands; },
   rowTop: rowTop,
   xOf: xOf,

@@ -74,24 +74,31 @@ function numberOf(index) {
 var rows = data.rows.map(function (row, rowIndex) {
   var offset = 0;
   for (var r = 0; r < rowIndex; r++) offset += data.rows[r].count;
-  var count = row.count, low = new Float64Array(count), high = new Float64Array(count), order = new Uint32Array(count), i;
+  var count = row.count, low = new Float64Array(count), high = new Float64Array(count), i;
   var start = marks.start.subarray(offset, offset + count), length = marks.length.subarray(offset, offset + count);
   for (i = 0; i < count; i++) {
     low[i] = Math.min(start[i], start[i] + length[i]);
     high[i] = Math.max(start[i], start[i] + length[i]);
-    order[i] = i;
   }
-  // Marks come in track order, nearly always sorted already.
-  var sorted = true;
-  for (i = 1; i < count && sorted; i++) sorted = low[i - 1] <= low[i];
-  if (!sorted) order.sort(function (a, b) { return low[a] - low[b]; });
-  var reach = new Float64Array(count), most = -Infinity;
-  for (i = 0; i < count; i++) { most = Math.max(most, high[order[i]]); reach[i] = most; }
-  return { track: row.track, sound: row.sound === 1, start: start, length: length,
-    kind: marks.kind.subarray(offset, offset + count), flags: marks.flags.subarray(offset, offset + count),
-    item: marks.item.subarray(offset, offset + count), low: low, high: high, order: order, reach: reach, bandCounts: null };
+  // Media and transitions are indexed apart, so that each drawing pass
+  // visits only its own marks. Marks come in track order, nearly always
+  // sorted already.
+  var kind = marks.kind.subarray(offset, offset + count);
+  function group(transitions) {
+    var order = [];
+    for (var m = 0; m < count; m++) if ((kind[m] === KIND.vfx || kind[m] === KIND.afx) === transitions) order.push(m);
+    order = Uint32Array.from(order);
+    var sorted = true;
+    for (var j = 1; j < order.length && sorted; j++) sorted = low[order[j - 1]] <= low[order[j]];
+    if (!sorted) order.sort(function (a, b) { return low[a] - low[b]; });
+    var reach = new Float64Array(order.length), most = -Infinity;
+    for (j = 0; j < order.length; j++) { most = Math.max(most, high[order[j]]); reach[j] = most; }
+    return { order: order, reach: reach };
+  }
+  return { track: row.track, sound: row.sound === 1, start: start, length: length, kind: kind,
+    flags: marks.flags.subarray(offset, offset + count), item: marks.item.subarray(offset, offset + count),
+    low: low, high: high, groups: [group(false), group(true)], bandCounts: null };
 });
-// The marks of one item, as [row, mark] pairs; looked up when needed.
 var marksCache = new Map();
 function marksOf(itemIndex) {
   if (marksCache.has(itemIndex)) return marksCache.get(itemIndex);

@@ -59,9 +59,9 @@ function resize(wrap, room) {
   });
   overviewCounts = null;
 }
-function firstVisible(row, frame) {
-  var lo = 0, hi = row.reach.length;
-  while (lo < hi) { var mid = (lo + hi) >> 1; if (row.reach[mid] < frame) lo = mid + 1; else hi = mid; }
+function firstVisible(group, frame) {
+  var lo = 0, hi = group.reach.length;
+  while (lo < hi) { var mid = (lo + hi) >> 1; if (group.reach[mid] < frame) lo = mid + 1; else hi = mid; }
   return lo;
 }
 function drawRow(rowIndex, transitions, labels) {
@@ -69,12 +69,11 @@ function drawRow(rowIndex, transitions, labels) {
   var size = Math.ceil(state.width), columns = new Float32Array(size), problems = new Uint8Array(size), counts = new Uint32Array(size);
   var firstItem = new Int32Array(size).fill(-1), lastItem = new Int32Array(size).fill(-1);
   var lowFrame = new Float64Array(size), highFrame = new Float64Array(size);
-  for (var k = firstVisible(row, visible[0] - 1); k < row.order.length; k++) {
-    var i = row.order[k];
+  var group = row.groups[transitions ? 1 : 0];
+  for (var k = firstVisible(group, visible[0] - 1); k < group.order.length; k++) {
+    var i = group.order[k];
     if (row.low[i] > visible[1] + 1) break;
     var kind = row.kind[i], flags = row.flags[i], item = row.item[i];
-    var isTransition = kind === KIND.vfx || kind === KIND.afx;
-    if (isTransition !== transitions) continue;
     var x = xOf(row.low[i]), w = (row.high[i] - row.low[i]) * state.view.scale;
     if (kind === KIND.refused) w = Math.max(w, REFUSED_WIDTH);
     var marker = (flags & (FLAG.zero | FLAG.auxZero)) || ((flags & FLAG.negative) && w < 2);
@@ -269,6 +268,7 @@ function drawOverview() {
   overviewContext.fillText("overview", 6, 19);
 }
 function draw() {
+  var began = performance.now();
   state.pending = false;
   var colors = palette(), width = state.width, height = state.height;
   context.fillStyle = colors.ground; context.fillRect(0, 0, width, height);
@@ -312,6 +312,7 @@ function draw() {
   context.strokeStyle = colors.line; context.beginPath(); context.moveTo(LABEL_WIDTH - 0.5, 0); context.lineTo(LABEL_WIDTH - 0.5, height); context.stroke();
   drawOverview();
   afterDraw(visible);
+  state.drawMs = performance.now() - began;
 }
 // The playhead (set) as a solid line with its timecode on the ruler; the
 // pointer's frame as a thin line.

@@ -23,6 +23,8 @@ var state = {
   pointer: NaN,
   finding: -1,
   pending: false,
+  // How long the last frame took to draw, in milliseconds.
+  drawMs: 0,
   dark: false,
   // Density bands of the last frame, per row: runs of merged columns.
   bands: [],
