@@ -169,7 +169,7 @@ test("the playhead follows a click on the ruler; the pointer's timecode is read 
   await page.mouse.move(box.x + x, box.y + 80);
   await drawn(page, async () => {});
   assert.match(await page.textContent("#readout"), /pointer 00:00:06:00 \(300\)/);
-  await page.mouse.click(box.x + x, box.y + 20);
+  await drawn(page, () => page.mouse.click(box.x + x, box.y + 20));
   assert.equal(await page.evaluate(() => window.timelineViewer.playhead()), 300);
   assert.match(await page.textContent("#readout"), /^playhead 00:00:06:00 \(300\)/);
   await page.close();

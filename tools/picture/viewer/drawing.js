@@ -200,6 +200,7 @@ function tickStep() {
 function drawFindings() {
   var colors = palette(), h = state.rowHeight, visible = visibleRange();
   state.findingShapes = [];
+  var lineEnds = [];
   findings.forEach(function (finding) {
     if (finding.item < 0) return;
     var extent = extentOf(finding.item), track = items.track[finding.item];
@@ -232,9 +233,25 @@ function drawFindings() {
       state.findingShapes.push({ kind: finding.kind, from: [px, top + h], to: [sx, soundTop], text: drift });
       return;
     }
-    var bx = Math.max(LABEL_WIDTH + 6, xOf(extent[0]) + 4);
-    context.fillStyle = finding.severity === "note" ? colors.muted : finding.severity === "warning" ? colors.amber : colors.red;
+    var bx = Math.max(LABEL_WIDTH + 6, xOf(extent[0]) + 4), color = finding.severity === "note" ? colors.muted
+      : finding.severity === "warning" ? colors.amber : colors.red;
+    context.fillStyle = color;
     context.beginPath(); context.moveTo(bx, top - 1); context.lineTo(bx + 6, top - 1); context.lineTo(bx + 3, top + 5); context.closePath(); context.fill();
+    // Where the rows are tall enough, a second line in the picture row gives
+    // the kind and the numbers, within the item and never over another.
+    if (h < 34) return;
+    var numbers = Object.keys(n).map(function (name) { return name + " " + n[name]; }).join(", ");
+    var line = finding.kind + (numbers ? ": " + numbers : ""), room = Math.min(xOf(extent[1]), state.width) - bx - 6;
+    if (bx < (lineEnds[track] || -Infinity) + 6) return;
+    context.font = "11px monospace";
+    while (line.length > 4 && context.measureText(line).width > room) line = line.slice(0, -2);
+    if (line.length <= 4) return;
+    if (line.length < finding.kind.length + (numbers ? numbers.length + 2 : 0)) line = line.slice(0, -1) + "\u2026";
+    var textWidth = context.measureText(line).width;
+    context.fillStyle = colors.ground; context.fillRect(bx - 2, top + 20, textWidth + 4, 14);
+    context.fillStyle = color === colors.amber ? colors.text : color; context.fillText(line, bx, top + 31);
+    lineEnds[track] = bx + textWidth;
+    state.findingShapes.push({ kind: finding.kind, left: bx, right: bx + textWidth, top: top + 20, bottom: top + 34, text: line });
   });
 }
 var overviewCounts = null;
