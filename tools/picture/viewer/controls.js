@@ -344,7 +344,10 @@ var darkQuery = window.matchMedia ? window.matchMedia("(prefers-color-scheme: da
 setTheme(!!(darkQuery && darkQuery.matches));
 if (window.innerWidth < 900) document.body.classList.add("panel-closed");
 panelToggle.setAttribute("aria-expanded", String(!document.body.classList.contains("panel-closed")));
-resize(wrap, window.innerHeight - wrap.getBoundingClientRect().top - legend.offsetHeight - assetLegend.offsetHeight - 8);
+// Twice: the legends' height depends on the width the first pass gives.
+for (var pass = 0; pass < 2; pass++) {
+  resize(wrap, window.innerHeight - wrap.getBoundingClientRect().top - legend.offsetHeight - assetLegend.offsetHeight - 8);
+}
 fit();
 showDetails();
 showFindings();
