@@ -47,7 +47,7 @@ function redraw() {
 function resize(wrap, room) {
   var ratio = window.devicePixelRatio || 1, lanes = Math.max(1, data.tracks.length);
   state.width = Math.max(300, wrap.clientWidth);
-  state.laneHeight = Math.max(56, Math.min(160, Math.floor((room - RULER_HEIGHT - 24) / lanes)));
+  state.laneHeight = Math.max(56, Math.min(220, Math.floor((room - RULER_HEIGHT - 24) / lanes)));
   state.rowHeight = Math.floor((state.laneHeight - 3 * ROW_GAP - 4) / 2);
   state.height = RULER_HEIGHT + lanes * state.laneHeight + 24;
   [[canvas, context, state.height], [overview, overviewContext, OVERVIEW_HEIGHT]].forEach(function (each) {
