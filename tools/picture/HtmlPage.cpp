@@ -159,8 +159,8 @@ void Words(DataWriter& json, const PictureLabels& labels, const Kov::TimePoints:
 // One column of a table of the page data: integers (or, rarely, fractions)
 // shipped as the narrowest little-endian typed array that holds them all,
 // base64-coded; or, when shorter, as the differences between neighbours in
-// varints; or, when all are equal, as that one value. The script decodes each column straight
-// into a typed array: no text to parse per value, no small arrays to collect.
+// varints, or as runs of one value; or, when all are equal, as that value. The script decodes each
+// column straight into a typed array: no text to parse per value, no small arrays to collect.
 class Column {
  public:
   void Add(double value) { values_.push_back(value); }
@@ -189,15 +189,24 @@ class Column {
       std::int64_t previous = 0;
       for (const double value : values_) {
         const auto whole = static_cast<std::int64_t>(value);
-        const std::int64_t delta = whole - previous;
+        AppendVarint(varints, whole - previous);
         previous = whole;
-        auto zigzag =
-            (static_cast<std::uint64_t>(delta) << 1) ^ static_cast<std::uint64_t>(delta >> 63);
-        while (zigzag >= 0x80) {
-          varints += static_cast<char>((zigzag & 0x7F) | 0x80);
-          zigzag >>= 7;
+      }
+      // Runs of one value, as the value and the run's length: a column that
+      // rarely changes (kinds, flags, a field only transitions have).
+      std::string runs;
+      for (std::size_t index = 0; index < values_.size() && runs.size() < bytes.size();) {
+        std::size_t end = index + 1;
+        while (end < values_.size() && values_[end] == values_[index]) {
+          ++end;
         }
-        varints += static_cast<char>(zigzag);
+        AppendVarint(runs, static_cast<std::int64_t>(values_[index]));
+        AppendVarint(runs, static_cast<std::int64_t>(end - index));
+        index = end;
+      }
+      if (runs.size() < std::min(bytes.size(), varints.size())) {
+        json.Text("r").Int(1).Base64(runs).Close(']');
+        return;
       }
       if (varints.size() < bytes.size()) {
         json.Text("v").Int(1).Base64(varints).Close(']');
@@ -208,6 +217,16 @@ class Column {
   }
 
  private:
+  static void AppendVarint(std::string& bytes, std::int64_t value) {
+    auto zigzag =
+        (static_cast<std::uint64_t>(value) << 1) ^ static_cast<std::uint64_t>(value >> 63);
+    while (zigzag >= 0x80) {
+      bytes += static_cast<char>((zigzag & 0x7F) | 0x80);
+      zigzag >>= 7;
+    }
+    bytes += static_cast<char>(zigzag);
+  }
+
   struct Type {
     const char* name;
     std::size_t size;

@@ -38,7 +38,7 @@ std::vector<unsigned char> FromBase64(const std::string& text) {
 }
 
 // A column as the viewer's data.js reads it: a constant, zigzag varint
-// differences, or a little-endian typed array.
+// differences, runs of one value, or a little-endian typed array.
 std::vector<double> Decode(const Json& column, std::size_t count) {
   const std::string type = column[0];
   if (type == "c") {
@@ -46,9 +46,9 @@ std::vector<double> Decode(const Json& column, std::size_t count) {
   }
   const auto bytes = FromBase64(column[2].get<std::string>());
   std::vector<double> values;
-  if (type == "v") {
-    double total = 0;
-    for (std::size_t at = 0; values.size() < count;) {
+  if (type == "v" || type == "r") {
+    std::size_t at = 0;
+    const auto next = [&bytes, &at]() {
       std::uint64_t zigzag = 0;
       for (int shift = 0;; shift += 7) {
         zigzag |= static_cast<std::uint64_t>(bytes.at(at) & 0x7F) << shift;
@@ -56,9 +56,18 @@ std::vector<double> Decode(const Json& column, std::size_t count) {
           break;
         }
       }
-      total += (zigzag & 1) ? -static_cast<double>((zigzag >> 1) + 1) : double(zigzag >> 1);
-      values.push_back(total);
+      return (zigzag & 1) ? -static_cast<double>((zigzag >> 1) + 1) : double(zigzag >> 1);
+    };
+    double total = 0;
+    while (values.size() < count) {
+      if (type == "r") {
+        const double value = next();
+        values.insert(values.end(), static_cast<std::size_t>(next()), value);
+      } else {
+        values.push_back(total += next());
+      }
     }
+    EXPECT_EQ(values.size(), count);
     return values;
   }
   const std::size_t size = type == "f64" ? 8 : std::stoul(type.substr(1)) / 8;
@@ -107,7 +116,7 @@ Engine::Timeline TimelineOf(const std::vector<std::int64_t>& lengths) {
     media->mediaId = "asset";
     media->timelineVideoIn = media->timelineAudioIn = position;
     media->timelineVideoDuration = media->timelineAudioDuration = lengths[index];
-    media->mediaVideoIn = media->mediaAudioIn = index % 2 == 0 ? 0 : 3000000000LL;
+    media->mediaVideoIn = media->mediaAudioIn = index % 2 == 0 || index > 10 ? 0 : 3000000000LL;
     media->mediaVideoDuration = media->mediaAudioDuration = lengths[index];
     position += lengths[index];
     track.items.push_back(media);
@@ -129,6 +138,8 @@ TEST(HtmlPage, ColumnsAndIdsDecodeToWhatThePictureHolds) {
        {5, 70000, -40, 0, 1LL << 40, -(1LL << 41)},
        {"aa", "aaa", "a", "", "ab\xC3\xA9-1", "ab\xC3\xA9-11"}},
       {"one item", {7}, {"only"}},
+      {"long runs of one length", std::vector<std::int64_t>(40, 25),
+       std::vector<std::string>(40, "same")},
   };
   for (const auto& row : cases) {
     SCOPED_TRACE(row.name);

@@ -12,19 +12,31 @@ function decodeBytes(text) {
 var TYPED = { u8: Uint8Array, i8: Int8Array, u16: Uint16Array, i16: Int16Array, u32: Uint32Array, i32: Int32Array,
   f64: Float64Array };
 // A column: [type, 0, base64] a typed array; ["v", 1, base64] differences
-// between neighbours as zigzag varints; ["c", value] one value for all.
+// between neighbours as zigzag varints; ["r", 1, base64] runs of one value,
+// each a zigzag varint value and a varint length; ["c", value] one value for all.
 function decodeColumn(column, count) {
   if (column[0] === "c") return new Float64Array(count).fill(column[1]);
   var bytes = decodeBytes(column[2]);
-  if (column[0] !== "v") {
+  if (column[0] !== "v" && column[0] !== "r") {
     var Type = TYPED[column[0]];
     return new Type(bytes.buffer, bytes.byteOffset, bytes.byteLength / Type.BYTES_PER_ELEMENT);
   }
-  var values = new Float64Array(count), total = 0, at = 0;
-  for (var i = 0; i < count; i++) {
+  var values = new Float64Array(count), at = 0;
+  function next() {
     var value = 0, weight = 1, byte;
     do { byte = bytes[at++]; value += (byte & 127) * weight; weight *= 128; } while (byte & 128);
-    total += value % 2 ? -(value + 1) / 2 : value / 2;
+    return value % 2 ? -(value + 1) / 2 : value / 2;
+  }
+  if (column[0] === "r") {
+    for (var filled = 0; filled < count;) {
+      var runValue = next(), run = next();
+      values.fill(runValue, filled, filled + run);
+      filled += run;
+    }
+    return values;
+  }
+  for (var i = 0, total = 0; i < count; i++) {
+    total += next();
     values[i] = total;
   }
   return values;
