@@ -246,7 +246,7 @@ test("the panel collapses and widens; the canvas takes the room", async () => {
   await page.close();
 });
 
-test("dark theme by the system's preference and by the toggle", async () => {
+test("dark theme by the system's preference and by the toggle; the print style", async () => {
   const { page } = await support.open(browser, pages.highlight.page, "", { scheme: "dark" });
   const ground = () => page.evaluate(() => Array.from(document.getElementById("timeline").getContext("2d")
     .getImageData(5, 5, 1, 1).data.slice(0, 3)));
@@ -255,6 +255,11 @@ test("dark theme by the system's preference and by the toggle", async () => {
   await drawn(page, () => page.click("#theme"));
   assert.equal(await page.evaluate(() => document.documentElement.dataset.theme), "light");
   assert.ok((await ground()).every((channel) => channel > 200), JSON.stringify(await ground()));
+  // Printed: the timeline, its ruler and the legends, not the controls.
+  await page.emulateMedia({ media: "print" });
+  for (const [selector, shown] of [["#timeline", true], [".legend", true], ["#asset-legend", true], [".toolbar", false], ["#panel", false]]) {
+    assert.equal(await page.locator(selector).isVisible(), shown, selector);
+  }
   await page.close();
 });
 

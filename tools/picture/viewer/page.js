@@ -47,7 +47,7 @@ var main = element("main");
 var wrap = element("div", { id: "canvas-wrap", tabindex: "0", role: "application",
   "aria-label": "Timeline: arrow keys pan, + and - zoom, . and , go to the next and previous edit, ? lists every key" });
 canvas = element("canvas", { id: "timeline" });
-overview = element("canvas", { id: "overview", "aria-label": "Overview: drag to move the view" });
+overview = element("canvas", { id: "overview", tabindex: "0", "aria-label": "Overview: drag, or the arrow keys, to move the view" });
 var tooltip = element("div", { id: "tooltip", role: "tooltip" });
 wrap.appendChild(canvas);
 wrap.appendChild(tooltip);
