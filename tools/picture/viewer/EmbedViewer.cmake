@@ -11,8 +11,6 @@ foreach(module IN LISTS MODULES)
 endforeach()
 string(APPEND joined "})();\n")
 file(WRITE "${JOINED}.tmp" "${joined}")
-file(READ "${STYLE}" style)
-file(WRITE "${STYLE}.joined.tmp" "${style}")
 
 function(byte_array variable path)
   file(READ "${path}" hex HEX)
@@ -22,8 +20,7 @@ function(byte_array variable path)
   set(${variable} "${bytes}" PARENT_SCOPE)
 endfunction()
 byte_array(script_bytes "${JOINED}.tmp")
-byte_array(style_bytes "${STYLE}.joined.tmp")
-file(REMOVE "${STYLE}.joined.tmp")
+byte_array(style_bytes "${STYLE}")
 
 file(WRITE "${OUTPUT}.tmp" "// Generated at build time by tools/picture/viewer/EmbedViewer.cmake: the
 // viewer's script and style, built into the tool so that its pages need no
