@@ -229,7 +229,7 @@ test("keys: next and previous edit, first and last, next finding, help", async (
   await page.close();
 });
 
-test("the panel collapses and widens; the canvas takes the room", async () => {
+test("the panel collapses and widens; the canvas takes the room; Tab reaches every control", async () => {
   const { page } = await support.open(browser, pages.highlight.page);
   const canvasWidth = () => page.evaluate(() => document.getElementById("timeline").clientWidth);
   const open = await canvasWidth();
@@ -243,6 +243,17 @@ test("the panel collapses and widens; the canvas takes the room", async () => {
   await page.keyboard.press("ArrowLeft");
   assert.equal(await page.evaluate(() => document.getElementById("panel").offsetWidth), 380);
   assert.ok(await canvasWidth() < open);
+  // Every control is reached by Tab.
+  const reached = new Set();
+  await page.evaluate(() => document.activeElement.blur());
+  for (let step = 0; step < 20; step++) {
+    await page.keyboard.press("Tab");
+    reached.add(await page.evaluate(() => document.activeElement.id));
+  }
+  for (const id of ["zoom-out", "zoom-in", "zoom-fit", "search", "theme", "panel-toggle", "help-button", "overview",
+    "canvas-wrap", "splitter"]) {
+    assert.ok(reached.has(id), `${id} in ${[...reached]}`);
+  }
   await page.close();
 });
 
