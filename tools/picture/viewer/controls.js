@@ -66,13 +66,12 @@ function hit(x, y) {
         var kind = row.kind[i], high = row.high[i];
         if (kind === KIND.refused) high = Math.max(high, row.low[i] + REFUSED_WIDTH / state.view.scale);
         if (frame < row.low[i] - slack || frame > high + slack) continue;
-        var width = (high - row.low[i]) * state.view.scale;
-        // A transition too narrow to draw shows only in the strip of its
-        // band: it does not cover the media it sits on.
-        var candidate = { item: row.item[i], flags: row.flags[i],
-          transition: (kind === KIND.vfx || kind === KIND.afx) && width >= 1.5, width: width };
-        if (!best || (candidate.transition && !best.transition) ||
-            (candidate.transition === best.transition && candidate.width < best.width)) best = candidate;
+        var width = (high - row.low[i]) * state.view.scale, transition = kind === KIND.vfx || kind === KIND.afx;
+        // Transitions lie over media, but one too narrow to draw shows only
+        // in the strip of its band and yields to the media it sits on.
+        var candidate = { item: row.item[i], flags: row.flags[i], width: width,
+          rank: transition ? (width >= 1.5 ? 2 : 0) : 1 };
+        if (!best || candidate.rank > best.rank || (candidate.rank === best.rank && candidate.width < best.width)) best = candidate;
       }
     });
     if (best) return best;
