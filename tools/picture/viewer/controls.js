@@ -163,7 +163,6 @@ function stepEdit(direction) {
 }
 
 // ---- Search
-var lastQuery = "", matches = [], matchAt = 0;
 function find(query) {
   query = query.trim();
   var found = [], number = /^#?(\d+)$/.exec(query), lower = query.toLowerCase();
@@ -183,9 +182,11 @@ function find(query) {
 search.addEventListener("keydown", function (event) {
   if (event.key === "Escape") { search.blur(); return; }
   if (event.key !== "Enter") return;
-  if (search.value !== lastQuery) { lastQuery = search.value; matches = find(lastQuery); matchAt = 0; } else { matchAt = (matchAt + 1) % Math.max(1, matches.length); }
-  searchStatus.textContent = matches.length ? (matchAt + 1) + " of " + matches.length : "no match";
-  if (matches.length) select(matches[matchAt], true);
+  var found = state.search;
+  if (search.value !== found.query) { found.query = search.value; found.matches = find(found.query); found.at = 0; }
+  else found.at = (found.at + 1) % Math.max(1, found.matches.length);
+  searchStatus.textContent = found.matches.length ? (found.at + 1) + " of " + found.matches.length : "no match";
+  if (found.matches.length) select(found.matches[found.at], true);
 });
 
 // ---- Panel, theme, help
@@ -213,24 +214,23 @@ panelToggle.addEventListener("click", function () { setPanel(document.body.class
 themeToggle.addEventListener("click", function () { setTheme(!state.dark); });
 helpButton.addEventListener("click", function () { setHelp(true); });
 helpClose.addEventListener("click", function () { setHelp(false); });
-var panelWidth = 340;
 function setPanelWidth(width) {
-  panelWidth = Math.max(200, Math.min(Math.max(220, window.innerWidth - 360), width));
-  panel.style.width = panelWidth + "px";
-  splitter.setAttribute("aria-valuenow", String(panelWidth));
+  state.panelWidth = Math.max(200, Math.min(Math.max(220, window.innerWidth - 360), width));
+  panel.style.width = state.panelWidth + "px";
+  splitter.setAttribute("aria-valuenow", String(state.panelWidth));
   layout();
 }
 splitter.addEventListener("pointerdown", function (event) {
   splitter.setPointerCapture(event.pointerId);
-  var startX = event.clientX, startWidth = panelWidth;
+  var startX = event.clientX, startWidth = state.panelWidth;
   function move(e) { setPanelWidth(startWidth - (e.clientX - startX)); }
   function up() { splitter.removeEventListener("pointermove", move); splitter.removeEventListener("pointerup", up); }
   splitter.addEventListener("pointermove", move);
   splitter.addEventListener("pointerup", up);
 });
 splitter.addEventListener("keydown", function (event) {
-  if (event.key === "ArrowLeft") setPanelWidth(panelWidth + 20);
-  else if (event.key === "ArrowRight") setPanelWidth(panelWidth - 20);
+  if (event.key === "ArrowLeft") setPanelWidth(state.panelWidth + 20);
+  else if (event.key === "ArrowRight") setPanelWidth(state.panelWidth - 20);
   else return;
   event.preventDefault();
   event.stopPropagation();
@@ -272,9 +272,8 @@ document.addEventListener("keydown", function (event) {
   event.preventDefault();
   action();
 });
-var drag = null;
 wrap.addEventListener("pointerdown", function (event) {
-  drag = { x: event.clientX, start: state.view.start, moved: false };
+  state.drag = { x: event.clientX, start: state.view.start, moved: false };
   wrap.setPointerCapture(event.pointerId);
   wrap.focus({ preventScroll: true });
 });
@@ -282,9 +281,9 @@ wrap.addEventListener("pointermove", function (event) {
   var box = canvas.getBoundingClientRect(), x = event.clientX - box.left, y = event.clientY - box.top;
   state.pointer = x >= LABEL_WIDTH ? Math.round(frameOf(x)) : NaN;
   redraw();
-  if (drag) {
-    if (Math.abs(event.clientX - drag.x) > 3) { drag.moved = true; wrap.classList.add("dragging"); }
-    if (drag.moved) { state.view.start = drag.start - (event.clientX - drag.x) / state.view.scale; clampView(); }
+  if (state.drag) {
+    if (Math.abs(event.clientX - state.drag.x) > 3) { state.drag.moved = true; wrap.classList.add("dragging"); }
+    if (state.drag.moved) { state.view.start = state.drag.start - (event.clientX - state.drag.x) / state.view.scale; clampView(); }
     tooltip.style.display = "none";
     return;
   }
@@ -297,7 +296,7 @@ wrap.addEventListener("pointermove", function (event) {
 });
 wrap.addEventListener("pointerup", function (event) {
   var box = canvas.getBoundingClientRect(), x = event.clientX - box.left, y = event.clientY - box.top;
-  if (drag && !drag.moved) {
+  if (state.drag && !state.drag.moved) {
     if (y < RULER_HEIGHT && x >= LABEL_WIDTH) {
       setPlayhead(frameOf(x));
     } else {
@@ -306,7 +305,7 @@ wrap.addEventListener("pointerup", function (event) {
       else if (found) select(found.item, false);
     }
   }
-  drag = null;
+  state.drag = null;
   wrap.classList.remove("dragging");
 });
 wrap.addEventListener("pointerleave", function () { tooltip.style.display = "none"; state.pointer = NaN; redraw(); });

@@ -23,6 +23,11 @@ var state = {
   pointer: NaN,
   finding: -1,
   pending: false,
+  // A press on the timeline: where it began and whether it became a drag.
+  drag: null,
+  // The last search, its matches and which of them is shown.
+  search: { query: "", matches: [], at: 0 },
+  panelWidth: 340,
   // How long the last frame took to draw, in milliseconds.
   drawMs: 0,
   dark: false,
