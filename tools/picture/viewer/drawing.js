@@ -159,9 +159,10 @@ function drawMark(kind, flags, item, x, w, top, marker, cover, frames, labels, r
 }
 // Labels go on last, after the transitions that cover the start of an item.
 // Per row, left to right, each takes the longest of its texts that fits
-// before the next label of the row; one that does not fit at all is dropped,
-// so that no two labels ever overlap. A flagged label goes first when two
-// start at the same place.
+// before the next label of the row of the same or a higher priority (flagged
+// items and markers before plain ones); a label that starts under the text
+// before it, or has no room at all, is dropped, so that no two labels ever
+// overlap. A flagged label goes first when two start at the same place.
 function drawLabels(labels) {
   state.labelBoxes = [];
   labels.sort(function (a, b) { return a.row - b.row || a.left - b.left || b.priority - a.priority; });
@@ -169,8 +170,12 @@ function drawLabels(labels) {
   labels.forEach(function (job, index) {
     if (job.row !== row) { row = job.row; rowEnd = -Infinity; }
     if (job.left < rowEnd + 4) return;
-    var next = labels[index + 1], limit = job.room;
-    if (next && next.row === job.row) limit = Math.min(limit, next.left - job.left - 6);
+    // Room up to the next label of the row that matters as much; one that
+    // matters less gives way (it is dropped if this one runs over it).
+    var limit = job.room;
+    for (var after = index + 1; after < labels.length && labels[after].row === job.row; after++) {
+      if (labels[after].priority >= job.priority) { limit = Math.min(limit, labels[after].left - job.left - 6); break; }
+    }
     limit = Math.min(limit, state.width - job.left - 2);
     context.font = (job.bold ? "bold " : "") + "11px monospace";
     for (var c = 0; c < job.choices.length; c++) {
