@@ -322,6 +322,17 @@ test("labels never overlap and a search result shows its label", async () => {
   }
   const long = support.render(support.writeLongPlaylist(2000), "long-2000");
   const { page } = await support.open(browser, long.page);
+  // Zoomed out so that an item is a few pixels wide and its 20-frame
+  // transition under one: a hover at the cut names an item, not the transition.
+  await page.fill("#search", "7");
+  await page.press("#search", "Enter");
+  const cut = Number(/record IN.*?\((\d+)\)/.exec(await page.textContent("#details"))[1]);
+  const [low, high] = await visible(page);
+  await drawn(page, () => page.evaluate((f) => window.timelineViewer.zoom(f), (high - low) / 16000));
+  const at = await page.evaluate((frame) => window.timelineViewer.xOf(frame), cut);
+  const box = await page.locator("#timeline").boundingBox();
+  await page.mouse.move(box.x + at + 1, box.y + await page.evaluate(() => window.timelineViewer.rowTop(0)) + 10);
+  assert.match(await page.textContent("#tooltip"), /^item #[67] /);
   await page.fill("#search", "1234");
   await page.press("#search", "Enter");
   await drawn(page, async () => {});
