@@ -70,8 +70,10 @@ async function launch() {
 
 // A page that records console errors, page errors and any request that
 // would leave the file.
-async function open(browser, file, hash = "") {
+async function open(browser, file, hash = "", { width = 1400, height = 800, scheme = "light" } = {}) {
   const page = await browser.newPage();
+  await page.setViewportSize({ width, height });
+  await page.emulateMedia({ colorScheme: scheme });
   const problems = [];
   page.on("console", (message) => { if (message.type() === "error") problems.push("console: " + message.text()); });
   page.on("pageerror", (error) => problems.push("page error: " + error.message));
@@ -81,9 +83,24 @@ async function open(browser, file, hash = "") {
   return { page, problems };
 }
 
+// A copy of a rendered page with findings added to its data, for kinds the
+// tool may not produce for any shipped document; each finding is
+// [kind, severity, element, place, message, pointer, numbers].
+function withFindings(file, name, findings, change = () => {}) {
+  const text = fs.readFileSync(file, "utf8");
+  const open = '<script type="application/json" id="timeline-data">';
+  const from = text.indexOf(open) + open.length, to = text.indexOf("</script>", from);
+  const data = JSON.parse(text.slice(from, to));
+  data.findings = data.findings.concat(findings);
+  change(data);
+  const output = path.join(work, name + ".html");
+  fs.writeFileSync(output, text.slice(0, from) + JSON.stringify(data).replace(/</g, "\\u003c") + text.slice(to));
+  return output;
+}
+
 async function screenshot(page, name) {
   fs.mkdirSync(screenshots, { recursive: true });
   await page.screenshot({ path: path.join(screenshots, name + ".png") });
 }
 
-module.exports = { longPlaylist, root, tool, render, writeLongPlaylist, launch, open, screenshot, execFileSync };
+module.exports = { withFindings, longPlaylist, root, tool, render, writeLongPlaylist, launch, open, screenshot, execFileSync };

@@ -1,15 +1,20 @@
 // Writes the viewer page: the data as one JSON value in a script element of
-// its own type (the browser parses it once, fast), then the viewer. Marks go
-// as a flat array of numbers per row so that a long timeline stays compact.
+// its own type (the browser parses it once, fast), then the viewer. Elements,
+// items and marks go as tables of typed-array columns, so that a long
+// timeline stays compact and the script decodes it without parsing numbers.
 #include "picture/HtmlPage.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
+#include <cstring>
 #include <iterator>
 #include <set>
 #include <unordered_map>
 #include <utility>
+#include <vector>
 
+#include "picture/PageColumns.h"
 #include "picture/PictureText.h"
 
 namespace TimelineConvert {
@@ -18,84 +23,6 @@ namespace {
 
 namespace Engine = Kov::TimelineEngineModel;
 namespace Conversion = Kov::Replivo::Tollan::TimelineEngineConversion;
-
-// A JSON string. "<" is escaped as well, so no text can close the script
-// element that holds the data.
-void AppendJsonString(std::string& out, const std::string& text) {
-  out += '"';
-  for (const char c : text) {
-    const auto byte = static_cast<unsigned char>(c);
-    if (c == '"' || c == '\\') {
-      out += '\\';
-      out += c;
-    } else if (byte < 0x20 || c == '<' || c == '>' || c == '&') {
-      char buffer[8];
-      std::snprintf(buffer, sizeof buffer, "\\u%04x", byte);
-      out += buffer;
-    } else {
-      out += c;
-    }
-  }
-  out += '"';
-}
-
-class DataWriter {
- public:
-  explicit DataWriter(std::string& out) : out_(out) {}
-
-  DataWriter& Text(const std::string& text) {
-    Separate();
-    AppendJsonString(out_, text);
-    return *this;
-  }
-  template <typename Integer>
-  DataWriter& Int(Integer value) {
-    Separate();
-    out_ += std::to_string(value);
-    return *this;
-  }
-  DataWriter& Real(double value) {
-    Separate();
-    char buffer[32];
-    std::snprintf(buffer, sizeof buffer, "%.17g", value);
-    out_ += buffer;
-    return *this;
-  }
-  DataWriter& Raw(const char* text) {
-    Separate();
-    out_ += text;
-    return *this;
-  }
-  DataWriter& Key(const char* key) {
-    Separate();
-    AppendJsonString(out_, key);
-    out_ += ':';
-    first_ = true;
-    return *this;
-  }
-  DataWriter& Open(char bracket) {
-    Separate();
-    out_ += bracket;
-    first_ = true;
-    return *this;
-  }
-  DataWriter& Close(char bracket) {
-    out_ += bracket;
-    first_ = false;
-    return *this;
-  }
-
- private:
-  void Separate() {
-    if (!first_) {
-      out_ += ',';
-    }
-    first_ = false;
-  }
-
-  std::string& out_;
-  bool first_ = true;
-};
 
 // The words and numbers the viewer shows as the SVG does, made here once: the
 // flag bits by name, what each problem flag means, the frames per second of
@@ -124,13 +51,129 @@ void Words(DataWriter& json, const PictureLabels& labels, const Kov::TimePoints:
   json.Close('}').Close('}');
 }
 
+using ElementColumn = std::pair<const char*, double (*)(const SourceElement&)>;
+const ElementColumn kElementColumns[] = {
+    {"number", [](const SourceElement& e) { return double(e.number); }},
+    {"itemNumber", [](const SourceElement& e) { return double(e.itemNumber); }},
+    {"inBoundaryKind", [](const SourceElement& e) { return double(e.inBoundaryKind); }},
+    {"outBoundaryKind", [](const SourceElement& e) { return double(e.outBoundaryKind); }},
+    {"videoIn", [](const SourceElement& e) { return double(e.videoIn); }},
+    {"videoOut", [](const SourceElement& e) { return double(e.videoOut); }},
+    {"audioIn", [](const SourceElement& e) { return double(e.audioIn); }},
+    {"audioOut", [](const SourceElement& e) { return double(e.audioOut); }},
+    {"speedNumerator", [](const SourceElement& e) { return double(e.speedNumerator); }},
+    {"speedDenominator", [](const SourceElement& e) { return double(e.speedDenominator); }},
+    {"ownSpeed", [](const SourceElement& e) { return e.ownSpeed ? 1.0 : 0.0; }},
+    {"videoTransitionType", [](const SourceElement& e) { return double(e.videoTransitionType); }},
+    {"videoTransitionDuration",
+     [](const SourceElement& e) { return double(e.videoTransitionDuration); }},
+    {"audioTransitionType", [](const SourceElement& e) { return double(e.audioTransitionType); }},
+    {"audioTransitionDuration",
+     [](const SourceElement& e) { return double(e.audioTransitionDuration); }},
+};
+
+// Kind: 0 media, 1 transition, 2 the refused element.
+double ItemKind(const ViewItem& item) {
+  return item.transition ? 1 : (item.flags & kRefused) != 0 ? 2 : 0;
+}
+
+using ItemColumn = std::pair<const char*, double (*)(const ViewItem&)>;
+const ItemColumn kItemColumns[] = {
+    {"kind", ItemKind},
+    {"element",
+     [](const ViewItem& i) { return i.element ? static_cast<double>(*i.element) : -1.0; }},
+    {"track", [](const ViewItem& i) { return double(i.track); }},
+    {"flags", [](const ViewItem& i) { return double(i.flags); }},
+    {"mediaVideoIn", [](const ViewItem& i) { return double(i.mediaVideoIn); }},
+    {"mediaVideoLength", [](const ViewItem& i) { return double(i.mediaVideoDuration); }},
+    {"mediaAudioIn", [](const ViewItem& i) { return double(i.mediaAudioIn); }},
+    {"mediaAudioLength", [](const ViewItem& i) { return double(i.mediaAudioDuration); }},
+    {"asset", [](const ViewItem& i) { return double(i.asset); }},
+    {"audio", [](const ViewItem& i) { return i.audio ? 1.0 : 0.0; }},
+    {"effectKind", [](const ViewItem& i) { return double(i.effectKind); }},
+    {"offset", [](const ViewItem& i) { return double(i.offset); }},
+    {"duration", [](const ViewItem& i) { return double(i.duration); }},
+};
+
+// A mark with the row it is drawn in.
+struct RowMark {
+  const Mark* mark;
+  std::size_t row;
+};
+using MarkColumn = std::pair<const char*, double (*)(const RowMark&)>;
+const MarkColumn kMarkColumns[] = {
+    {"row", [](const RowMark& m) { return double(m.row); }},
+    {"start", [](const RowMark& m) { return m.mark->start; }},
+    {"length", [](const RowMark& m) { return m.mark->length; }},
+    {"kind", [](const RowMark& m) { return double(static_cast<int>(m.mark->kind)); }},
+    {"flags", [](const RowMark& m) { return double(m.mark->flags); }},
+    {"item", [](const RowMark& m) { return double(m.mark->item); }},
+};
+
+// Item identifiers, coded against the previous identifier of the same kind
+// (transition or not): how many characters each shares with it at the start
+// and at the end, and the middles of all of them joined by newlines; the
+// script decodes them only when a search or an address needs one.
+void WriteIds(DataWriter& json, const std::vector<ViewItem>& items) {
+  const bool joinable = std::none_of(items.begin(), items.end(), [](const ViewItem& item) {
+    return item.id.find('\n') != std::string::npos;
+  });
+  Column shared;
+  json.Key("ids").Open('{');
+  if (!joinable) {
+    // An identifier with a newline in it: each whole, as a string of its own.
+    for (std::size_t index = 0; index < items.size(); ++index) {
+      shared.Add(0);
+    }
+    shared.Write(json, "shared");
+    json.Key("rest").Open('[');
+    for (const auto& item : items) {
+      json.Text(item.id);
+    }
+    json.Close(']').Close('}');
+    return;
+  }
+  std::string rests;
+  Column suffixes;
+  const std::string* previousIds[2] = {nullptr, nullptr};
+  for (const auto& item : items) {
+    const std::string*& previousId = previousIds[item.transition ? 1 : 0];
+    std::size_t common = 0;
+    std::size_t tail = 0;
+    if (previousId != nullptr) {
+      const std::string& before = *previousId;
+      const std::size_t most = std::min(before.size(), item.id.size());
+      // ASCII only: the viewer counts the shared parts in characters.
+      while (common < most && before[common] == item.id[common] &&
+             static_cast<unsigned char>(item.id[common]) < 0x80) {
+        ++common;
+      }
+      while (common + tail < most &&
+             before[before.size() - 1 - tail] == item.id[item.id.size() - 1 - tail] &&
+             static_cast<unsigned char>(item.id[item.id.size() - 1 - tail]) < 0x80) {
+        ++tail;
+      }
+    }
+    previousId = &item.id;
+    shared.Add(static_cast<double>(common));
+    suffixes.Add(static_cast<double>(tail));
+    if (&item != &items.front()) {
+      rests += '\n';
+    }
+    rests.append(item.id, common, item.id.size() - common - tail);
+  }
+  shared.Write(json, "shared");
+  suffixes.Write(json, "suffix");
+  json.Key("rest").Text(rests).Close('}');
+}
+
 std::string ViewData(const Picture& picture) {
   const auto& timeline = picture.timeline;
   const auto& rate = picture.rate;
   const auto& labels = picture.labels;
   const auto& view = picture.view;
   std::string out;
-  out.reserve(128 * view.items.size() + 4096);
+  out.reserve(48 * view.items.size() + 4096);
   DataWriter json(out);
   json.Open('{');
   json.Key("title").Text(labels.title);
@@ -163,72 +206,42 @@ std::string ViewData(const Picture& picture) {
     json.Open('[').Text(asset.first).Text(asset.second).Close(']');
   }
   json.Close(']');
-  // Clip names once each; elements refer to them by index.
+  // Clip names once each; the elements' "clip" column refers to them.
   std::unordered_map<std::string, std::size_t> clipIndex;
+  Column elementClips;
   json.Key("clips").Open('[');
   for (const auto& e : labels.elements) {
-    if (clipIndex.emplace(e.clip, clipIndex.size()).second) {
+    const auto added = clipIndex.emplace(e.clip, clipIndex.size());
+    if (added.second) {
       json.Text(e.clip);
     }
+    elementClips.Add(static_cast<double>(added.first->second));
   }
   json.Close(']');
-  // Element: [number, item number, clip, in kind, out kind, video in, out,
-  // audio in, out, speed numerator, denominator, own speed, video transition
-  // type, duration, audio transition type, duration], trailing zeros left out.
-  json.Key("elements").Open('[');
-  for (const auto& e : labels.elements) {
-    json.Open('[').Int(e.number).Int(e.itemNumber).Int(clipIndex[e.clip]).Int(e.inBoundaryKind);
-    json.Int(e.outBoundaryKind).Int(e.videoIn).Int(e.videoOut).Int(e.audioIn).Int(e.audioOut);
-    json.Int(e.speedNumerator).Int(e.speedDenominator);
-    const std::int64_t rare[] = {e.ownSpeed ? 1 : 0, e.videoTransitionType,
-                                 e.videoTransitionDuration, e.audioTransitionType,
-                                 e.audioTransitionDuration};
-    std::size_t used = std::size(rare);
-    while (used > 0 && rare[used - 1] == 0) {
-      --used;
+  json.Key("tables").Open('{');
+  WriteTable(json, "elements", labels.elements, kElementColumns);
+  json.Key("elementClips").Open('{');
+  elementClips.Write(json, "clip");
+  json.Close('}');
+  WriteTable(json, "items", view.items, kItemColumns);
+  std::vector<RowMark> marks;
+  for (std::size_t row = 0; row < view.rows.size(); ++row) {
+    for (const auto& mark : view.rows[row].marks) {
+      marks.push_back({&mark, row});
     }
-    for (std::size_t field = 0; field < used; ++field) {
-      json.Int(rare[field]);
-    }
-    json.Close(']');
   }
-  json.Close(']');
-  // Identifiers are front-coded: how many characters the previous item's
-  // identifier of the same kind (transition or not) shares with this one,
-  // then the rest (neighbours differ in a few digits). Timeline positions and lengths are those of
-  // the marks. Media: [0, shared, rest, element, track, flags, media video in, length, media audio
-  // in, length, asset, media id when no asset]; transition: [1, shared, rest, element, track,
-  // flags, audio, kind, offset, duration]; the refused element: [2, 0, "", element, track, flags].
-  json.Key("items").Open('[');
-  const std::string* previousIds[2] = {nullptr, nullptr};
-  for (const auto& item : view.items) {
-    const int kind = item.transition ? 1 : (item.flags & kRefused) != 0 ? 2 : 0;
-    const std::string*& previousId = previousIds[kind == 1 ? 1 : 0];
-    std::size_t shared = 0;
-    if (previousId != nullptr) {
-      const std::size_t most = std::min(previousId->size(), item.id.size());
-      // ASCII only: the viewer counts the shared part in characters.
-      while (shared < most && (*previousId)[shared] == item.id[shared] &&
-             static_cast<unsigned char>(item.id[shared]) < 0x80) {
-        ++shared;
-      }
+  WriteTable(json, "marks", marks, kMarkColumns);
+  json.Close('}');
+  WriteIds(json, view.items);
+  // Media ids of the items whose asset the document does not list.
+  json.Key("mediaIds").Open('{');
+  for (std::size_t index = 0; index < view.items.size(); ++index) {
+    const auto& item = view.items[index];
+    if (!item.transition && item.asset < 0 && (item.flags & kRefused) == 0) {
+      json.Key(std::to_string(index).c_str()).Text(item.mediaId);
     }
-    previousId = &item.id;
-    json.Open('[').Int(kind).Int(shared).Text(item.id.substr(shared));
-    json.Int(item.element ? static_cast<long long>(*item.element) : -1LL);
-    json.Int(item.track).Int(item.flags);
-    if (kind == 0) {
-      json.Int(item.mediaVideoIn).Int(item.mediaVideoDuration);
-      json.Int(item.mediaAudioIn).Int(item.mediaAudioDuration).Int(item.asset);
-      if (item.asset < 0) {
-        json.Text(item.mediaId);
-      }
-    } else if (kind == 1) {
-      json.Int(item.audio ? 1 : 0).Int(item.effectKind).Int(item.offset).Int(item.duration);
-    }
-    json.Close(']');
   }
-  json.Close(']');
+  json.Close('}');
   // Findings: [kind, severity, element or -1, place, message, pointer, {numbers}],
   // the same list check prints.
   json.Key("findings").Open('[');
@@ -244,16 +257,10 @@ std::string ViewData(const Picture& picture) {
     json.Close('}').Close(']');
   }
   json.Close(']');
-  // Marks: five numbers each: start, length, kind, flags, item.
   json.Key("rows").Open('[');
   for (const auto& row : view.rows) {
     json.Open('{').Key("track").Int(row.track).Key("sound").Int(row.sound ? 1 : 0);
-    json.Key("marks").Open('[');
-    for (const auto& mark : row.marks) {
-      json.Real(mark.start).Real(mark.length).Int(static_cast<int>(mark.kind)).Int(mark.flags);
-      json.Int(mark.item);
-    }
-    json.Close(']').Close('}');
+    json.Key("count").Int(row.marks.size()).Close('}');
   }
   json.Close(']');
   json.Close('}');

@@ -1,0 +1,257 @@
+// PageColumns: how the viewer page's data is written: a JSON writer that
+// formats straight into the page's buffer, and columns of numbers coded
+// compactly, as the viewer's data.js decodes them (a typed array in base64,
+// varint differences, runs of one value, or one value for all).
+#pragma once
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace TimelineConvert {
+
+// A JSON string. "<" is escaped as well, so no text can close the script
+// element that holds the data.
+inline void AppendJsonString(std::string& out, const std::string& text) {
+  out += '"';
+  for (const char c : text) {
+    const auto byte = static_cast<unsigned char>(c);
+    if (c == '"' || c == '\\') {
+      out += '\\';
+      out += c;
+    } else if (byte < 0x20 || c == '<' || c == '>' || c == '&') {
+      char buffer[8];
+      std::snprintf(buffer, sizeof buffer, "\\u%04x", byte);
+      out += buffer;
+    } else {
+      out += c;
+    }
+  }
+  out += '"';
+}
+
+class DataWriter {
+ public:
+  explicit DataWriter(std::string& out) : out_(out) {}
+
+  DataWriter& Text(const std::string& text) {
+    Separate();
+    AppendJsonString(out_, text);
+    return *this;
+  }
+  template <typename Integer>
+  DataWriter& Int(Integer value) {
+    Separate();
+    out_ += std::to_string(value);
+    return *this;
+  }
+  DataWriter& Real(double value) {
+    Separate();
+    char buffer[32];
+    std::snprintf(buffer, sizeof buffer, "%.17g", value);
+    out_ += buffer;
+    return *this;
+  }
+  DataWriter& Base64(const std::string& bytes) {
+    Separate();
+    static constexpr char kDigits[] =
+        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    out_ += '"';
+    std::size_t at = 0;
+    for (; at + 2 < bytes.size(); at += 3) {
+      const unsigned group = (static_cast<unsigned char>(bytes[at]) << 16) |
+                             (static_cast<unsigned char>(bytes[at + 1]) << 8) |
+                             static_cast<unsigned char>(bytes[at + 2]);
+      const char digits[4] = {kDigits[group >> 18], kDigits[(group >> 12) & 63],
+                              kDigits[(group >> 6) & 63], kDigits[group & 63]};
+      out_.append(digits, 4);
+    }
+    if (at < bytes.size()) {
+      unsigned group = static_cast<unsigned char>(bytes[at]) << 16;
+      const bool two = at + 1 < bytes.size();
+      if (two) {
+        group |= static_cast<unsigned char>(bytes[at + 1]) << 8;
+      }
+      out_ += kDigits[group >> 18];
+      out_ += kDigits[(group >> 12) & 63];
+      out_ += two ? kDigits[(group >> 6) & 63] : '=';
+      out_ += '=';
+    }
+    out_ += '"';
+    return *this;
+  }
+  DataWriter& Raw(const char* text) {
+    Separate();
+    out_ += text;
+    return *this;
+  }
+  DataWriter& Key(const char* key) {
+    Separate();
+    AppendJsonString(out_, key);
+    out_ += ':';
+    first_ = true;
+    return *this;
+  }
+  DataWriter& Open(char bracket) {
+    Separate();
+    out_ += bracket;
+    first_ = true;
+    return *this;
+  }
+  DataWriter& Close(char bracket) {
+    out_ += bracket;
+    first_ = false;
+    return *this;
+  }
+
+ private:
+  void Separate() {
+    if (!first_) {
+      out_ += ',';
+    }
+    first_ = false;
+  }
+
+  std::string& out_;
+  bool first_ = true;
+};
+
+// One column of a table of the page data: integers (or, rarely, fractions)
+// shipped as the narrowest little-endian typed array that holds them all,
+// base64-coded; or, when shorter, as the differences between neighbours in
+// varints, or as runs of one value; or, when all are equal, as that value.
+// The script decodes each column straight into a typed array: no text to
+// parse per value, no small arrays to collect.
+class Column {
+ public:
+  void Add(double value) { values_.push_back(value); }
+
+  void Write(DataWriter& json, const char* name) const {
+    json.Key(name).Open('[');
+    const bool integral = std::all_of(values_.begin(), values_.end(), [](double value) {
+      return std::isfinite(value) && value == std::floor(value) && std::fabs(value) <= kExact;
+    });
+    if (integral && !values_.empty() &&
+        std::all_of(values_.begin(), values_.end(),
+                    [this](double value) { return value == values_.front(); })) {
+      json.Text("c").Int(static_cast<std::int64_t>(values_.front())).Close(']');
+      return;
+    }
+    const int type = integral ? NarrowestType(values_) : kFloat;
+    std::string bytes;
+    bytes.reserve(values_.size() * kTypes[type].size);
+    for (const double value : values_) {
+      AppendLittleEndian(bytes, value, type);
+    }
+    if (integral) {
+      // Differences between neighbours as zigzag varints: a growing column
+      // (starts, indexes) takes a byte or two per value whatever its range.
+      std::string varints;
+      std::int64_t previous = 0;
+      for (const double value : values_) {
+        const auto whole = static_cast<std::int64_t>(value);
+        AppendVarint(varints, whole - previous);
+        previous = whole;
+      }
+      // Runs of one value, as the value and the run's length: a column that
+      // rarely changes (kinds, flags, a field only transitions have).
+      std::string runs;
+      for (std::size_t index = 0; index < values_.size() && runs.size() < bytes.size();) {
+        std::size_t end = index + 1;
+        while (end < values_.size() && values_[end] == values_[index]) {
+          ++end;
+        }
+        AppendVarint(runs, static_cast<std::int64_t>(values_[index]));
+        AppendVarint(runs, static_cast<std::int64_t>(end - index));
+        index = end;
+      }
+      if (runs.size() < std::min(bytes.size(), varints.size())) {
+        json.Text("r").Int(1).Base64(runs).Close(']');
+        return;
+      }
+      if (varints.size() < bytes.size()) {
+        json.Text("v").Int(1).Base64(varints).Close(']');
+        return;
+      }
+    }
+    json.Text(kTypes[type].name).Int(0).Base64(bytes).Close(']');
+  }
+
+ private:
+  static void AppendVarint(std::string& bytes, std::int64_t value) {
+    auto zigzag =
+        (static_cast<std::uint64_t>(value) << 1) ^ static_cast<std::uint64_t>(value >> 63);
+    while (zigzag >= 0x80) {
+      bytes += static_cast<char>((zigzag & 0x7F) | 0x80);
+      zigzag >>= 7;
+    }
+    bytes += static_cast<char>(zigzag);
+  }
+
+  struct Type {
+    const char* name;
+    std::size_t size;
+    double lowest;
+    double highest;
+  };
+  static constexpr double kExact = 9007199254740992.0;  // 2^53
+  static constexpr Type kTypes[] = {{"u8", 1, 0, 255},
+                                    {"i8", 1, -128, 127},
+                                    {"u16", 2, 0, 65535},
+                                    {"i16", 2, -32768, 32767},
+                                    {"u32", 4, 0, 4294967295.0},
+                                    {"i32", 4, -2147483648.0, 2147483647.0},
+                                    {"f64", 8, -HUGE_VAL, HUGE_VAL}};
+  static constexpr int kFloat = 6;
+
+  static int NarrowestType(const std::vector<double>& values) {
+    const auto range = std::minmax_element(values.begin(), values.end());
+    const double lowest = values.empty() ? 0 : *range.first;
+    const double highest = values.empty() ? 0 : *range.second;
+    for (int type = 0; type < kFloat; ++type) {
+      if (lowest >= kTypes[type].lowest && highest <= kTypes[type].highest) {
+        return type;
+      }
+    }
+    return kFloat;
+  }
+
+  static void AppendLittleEndian(std::string& bytes, double value, int type) {
+    std::uint64_t pattern = 0;
+    if (type == kFloat) {
+      static_assert(sizeof pattern == sizeof value, "a double has 64 bits");
+      std::memcpy(&pattern, &value, sizeof pattern);
+    } else {
+      pattern = static_cast<std::uint64_t>(static_cast<std::int64_t>(value));
+    }
+    for (std::size_t byte = 0; byte < kTypes[type].size; ++byte) {
+      bytes += static_cast<char>((pattern >> (8 * byte)) & 0xFF);
+    }
+  }
+
+  std::vector<double> values_;
+};
+
+// A table of named columns, written as {"count": N, "columns": {name: column}}.
+// The names are the whole contract with the script, which reads columns by
+// name and never by position.
+template <typename Row, std::size_t Count>
+void WriteTable(DataWriter& json, const char* name, const std::vector<Row>& rows,
+                const std::pair<const char*, double (*)(const Row&)> (&columns)[Count]) {
+  json.Key(name).Open('{').Key("count").Int(rows.size()).Key("columns").Open('{');
+  for (const auto& column : columns) {
+    Column values;
+    for (const auto& row : rows) {
+      values.Add(column.second(row));
+    }
+    values.Write(json, column.first);
+  }
+  json.Close('}').Close('}');
+}
+
+}  // namespace TimelineConvert
