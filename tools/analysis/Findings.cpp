@@ -29,6 +29,13 @@ struct KindRow {
 // Every kind of finding the tool knows, with what it means for the outputs.
 constexpr KindRow kKinds[] = {
     {"refused", Severity::Refusal},
+    {"transition-too-long-before-cut", Severity::Refusal},
+    {"transition-too-long-after-cut", Severity::Refusal},
+    {"absolute-boundary", Severity::Refusal},
+    {"unknown-boundary-kind", Severity::Refusal},
+    {"asset-not-found", Severity::Refusal},
+    {"asset-unusable", Severity::Refusal},
+    {"playlist-rate", Severity::Refusal},
     {"negative-speed", Severity::Warning},
     {"ignored-speed", Severity::Warning},
     {"missing-asset", Severity::Warning},
@@ -363,7 +370,11 @@ std::vector<Finding> FindFindings(const PlaylistDocument& document, const Outcom
     CheckAuxItem(document, outcome.timeline, findings);
   }
   auto list = findings.Take();
-  if (outcome.refusal) {
+  if (outcome.refusal && outcome.refusal->explanation) {
+    const auto& explanation = *outcome.refusal->explanation;
+    list.push_back(Finding{explanation.kind, Severity::Refusal, explanation.place,
+                           outcome.refusal->message + " " + explanation.text, explanation.numbers});
+  } else if (outcome.refusal) {
     list.push_back(Finding{
         "refused", Severity::Refusal, outcome.refusal->place, outcome.refusal->message, {}});
   }

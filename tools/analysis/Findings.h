@@ -26,10 +26,6 @@ enum class Severity { Refusal, BlocksOtio, BlocksEdl, Warning, Note };
 // "refusal", "blocks-otio", "blocks-edl", "warning", "note".
 const char* SeverityWord(Severity severity);
 
-// The values a message quotes, by name, so that a script or the viewer can use
-// them without reading the sentence.
-using Numbers = std::vector<std::pair<std::string, std::int64_t>>;
-
 struct Finding {
   std::string kind;  // a stable word, such as "negative-speed"
   Severity severity = Severity::Warning;

@@ -20,7 +20,8 @@ struct RefusalRow {
   const char* name;
   std::string patch;  // applied to examples/highlight.json
   std::string message;
-  std::string place;
+  std::string explanation;
+  std::string fix;  // the change the explanation suggests, after which it converts
 };
 
 std::string VideoOrAudio(const char* side, bool namesItem, const char* playlist = "12") {
@@ -29,45 +30,77 @@ std::string VideoOrAudio(const char* side, bool namesItem, const char* playlist 
          side + " duration than their transition duration.";
 }
 
-TEST(Diagnostics, EveryKindOfRefusalNamesItsPlace) {
+TEST(Diagnostics, EveryKindOfRefusalSaysWhatToChange) {
   const std::string element = R"([{"op": "add", "path": "/playlist/audioVideoTrack/elements/)";
   const std::string videoPrevious = VideoOrAudio("video", true);
   const std::string audioPrevious = VideoOrAudio("audio", true);
   const std::string videoCurrent = VideoOrAudio("video", false);
   const std::string audioCurrent = VideoOrAudio("audio", false);
+  const std::string pointer = "/playlist/audioVideoTrack/elements/";
+  const auto fix = [&pointer](const std::string& path, const std::string& value) {
+    return R"([{"op": "replace", "path": ")" + pointer + path + R"(", "value": )" + value + "}]";
+  };
   const RefusalRow rows[] = {
       {"MissingAsset", R"([{"op": "remove", "path": "/assets/2"}])",
-       "MediaAsset for sequence track item not found", "at element 2 (item 3, clip CAM-SSM-001)"},
+       "MediaAsset for sequence track item not found",
+       "at element 2 (item 3, clip CAM-SSM-001): the document has no asset for clip CAM-SSM-001 "
+       "(asset key " +
+           TimelineConvert::AssetKeyOfClip("CAM-SSM-001").Text() +
+           "); add it to /assets or change " + pointer + "2/umId",
+       fix("2/umId", R"("CAM-A-0031")")},
       {"AbsoluteIn", (element + R"(3/inBoundaryKind", "value": "absolute"}])"),
        "a sequence element contains absolute IN boundaries : not allowed in Timeline Engine",
-       "at element 3 (item 4, clip CAM-A-0031)"},
-      {"AbsoluteOut", (element + R"(1/outBoundaryKind", "value": 7}])"),
+       "at element 3 (item 4, clip CAM-A-0031): inBoundaryKind (" + pointer +
+           "3/inBoundaryKind) is absolute (0), which the engine does not take; use sameLimit, "
+           "oppositeLimit or otherBoundary (1, 2 or 3)",
+       fix("3/inBoundaryKind", R"("sameLimit")")},
+      {"UnknownOut", (element + R"(1/outBoundaryKind", "value": 7}])"),
        "a sequence element contains absolute OUT boundaries : not allowed in Timeline Engine",
-       "at element 1 (item 2, clip CAM-B-0032)"},
+       "at element 1 (item 2, clip CAM-B-0032): outBoundaryKind (" + pointer +
+           "1/outBoundaryKind) is 7, which is not a known boundary kind; use sameLimit, "
+           "oppositeLimit or otherBoundary (1, 2 or 3)",
+       fix("1/outBoundaryKind", "2")},
       {"VideoLongerThanPrevious", (element + R"(1/videoTransitionDuration", "value": 400}])"),
-       videoPrevious, "at element 1 (item 2, clip CAM-B-0032)"},
+       videoPrevious,
+       "the video transition of element 1 (item 2) needs 200 frames of item 1 (clip CAM-A-0031) "
+       "before the cut, which lasts 150; videoTransitionDuration at most 300 fields",
+       fix("1/videoTransitionDuration", "300")},
       {"AudioLongerThanPrevious", (element + R"(1/audioTransitionDuration", "value": 400}])"),
-       audioPrevious, "at element 1 (item 2, clip CAM-B-0032)"},
+       audioPrevious,
+       "the audio transition of element 1 (item 2) needs 200 frames of item 1 (clip CAM-A-0031) "
+       "before the cut, which lasts 150; audioTransitionDuration at most 300 fields",
+       fix("1/audioTransitionDuration", "300")},
       {"VideoLongerThanCurrent",
        (element +
         R"(3/transitionType", "value": 13}, {"op": "replace", "path": )"
         R"("/playlist/audioVideoTrack/elements/3/videoTransitionDuration", "value": 600}])"),
-       videoCurrent, "at element 3 (item 4, clip CAM-A-0031)"},
+       videoCurrent,
+       "the video transition of element 3 (item 4) needs 300 frames of item 4 (clip CAM-A-0031) "
+       "after the cut, which lasts 100; videoTransitionDuration at most 200 fields",
+       fix("3/videoTransitionDuration", "200")},
       {"AudioLongerThanCurrent",
        (element +
         R"(2/audioTransitionType", "value": 7}, {"op": "add", "path": )"
         R"("/playlist/audioVideoTrack/elements/2/audioTransitionDuration", "value": 1000}])"),
-       audioCurrent, "at element 2 (item 3, clip CAM-SSM-001)"},
-      // Only the reverse-angle asset keeps recorded ranges, so it is the one that fails.
-      {"BadAssetInTheMap",
+       audioCurrent,
+       "the audio transition of element 2 (item 3) needs 500 frames of item 3 (clip CAM-SSM-001) "
+       "after the cut, which lasts 200; audioTransitionDuration at most 400 fields",
+       fix("2/audioTransitionDuration", "400")},
+      // The assets convert first and fail on the rate, but the playlist's rate is what is wrong.
+      {"PlaylistRate",
        R"([{"op": "replace", "path": "/playlist/rate/numerator", "value": 0},
            {"op": "replace", "path": "/assets/0/timeBounds", "value": []},
            {"op": "replace", "path": "/assets/2/timeBounds", "value": []},
            {"op": "replace", "path": "/assets/3/timeBounds", "value": []}])",
        "TimeBoundaryToFields: the rate needs a positive numerator and denominator",
-       "in asset " + TimelineConvert::AssetKeyOfClip("CAM-B-0032").Text() + " (clip CAM-B-0032)"},
+       "at /playlist/rate: the playlist's rate 0/1 needs a positive numerator and denominator", ""},
       {"AuxAssetMissing", R"([{"op": "remove", "path": "/assets/3"}])",
-       "MediaAsset for aux-track not found", "in the aux track (clip COMMENT-01)"},
+       "MediaAsset for aux-track not found",
+       "in the aux track (clip COMMENT-01): the document has no asset for clip COMMENT-01 (asset "
+       "key " +
+           TimelineConvert::AssetKeyOfClip("COMMENT-01").Text() +
+           "); add it to /assets or change /playlist/auxTrackUmId",
+       R"([{"op": "remove", "path": "/playlist/auxTrackUmId"}])"},
   };
   const auto highlight = nlohmann::json::parse(ReadFile(SourcePath("examples/highlight.json")));
   for (const auto& row : rows) {
@@ -76,7 +109,15 @@ TEST(Diagnostics, EveryKindOfRefusalNamesItsPlace) {
     tool_testing::WriteFile(input, highlight.patch(nlohmann::json::parse(row.patch)).dump());
     const auto run = RunTool("convert '" + input + "'");
     EXPECT_EQ(run.exitStatus, 2);
-    EXPECT_EQ(run.err, row.message + "\ntimeline-convert: " + input + ": " + row.place + "\n");
+    EXPECT_EQ(run.err,
+              row.message + "\ntimeline-convert: " + input + ": " + row.explanation + "\n");
+    if (!row.fix.empty()) {
+      const auto fixed = highlight.patch(nlohmann::json::parse(row.patch))
+                             .patch(nlohmann::json::parse(row.fix))
+                             .dump();
+      tool_testing::WriteFile(input, fixed);
+      EXPECT_EQ(RunTool("convert -o /dev/null '" + input + "'").err, "");
+    }
   }
 }
 
@@ -85,7 +126,12 @@ TEST(Diagnostics, ErrorsAsJsonHoldTheFieldsThatApply) {
   EXPECT_EQ(RunTool("convert --errors json '" + refused + "'").err,
             R"({"status":"refused","message":")" + VideoOrAudio("video", true, "13") +
                 R"(","file":")" + refused +
-                R"(","element":1,"item":2,"clip":"CAM-B-0032"})"
+                R"(","kind":"transition-too-long-before-cut","element":0,"item":1,)"
+                R"("clip":"CAM-A-0031","pointer":"/playlist/audioVideoTrack/elements/1/)"
+                R"(videoTransitionDuration","explanation":"the video transition of element 1 )"
+                R"((item 2) needs 200 frames of item 1 (clip CAM-A-0031) before the cut, which )"
+                R"(lasts 150; videoTransitionDuration at most 300 fields","numbers":{"needed":200,)"
+                R"("available":150,"transitionElement":1,"maxDurationFields":300}})"
                 "\n");
   const std::string input = WorkPath("broken.json");
   tool_testing::WriteFile(input, R"({"playlist": {}, "assets": []})");
