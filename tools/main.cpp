@@ -10,13 +10,16 @@
 // timeline; 3 check found something.
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <csignal>
+#include <cstdint>
 #include <exception>
 #include <iostream>
 #include <new>
 #include <string>
 #include <vector>
 
+#include "analysis/Findings.h"
 #include "cli/EditDistance.h"
 #include "cli/ExitStatus.h"
 #include "commands/Commands.h"
@@ -37,19 +40,17 @@ bool IsUnknownCommand(const CLI::App& app, const std::string& word, std::string&
   if (word.empty() || word[0] == '-') {
     return false;
   }
-  std::string nearest;
-  std::size_t best = std::string::npos;
+  std::vector<std::string> names;
   for (const CLI::App* command : app.get_subcommands({})) {
     if (command->get_name() == word) {
       return false;
     }
-    const std::size_t distance = EditDistance(word, command->get_name());
-    if (distance < best) {
-      best = distance;
-      nearest = command->get_name();
-    }
+    names.push_back(command->get_name());
   }
-  message = "unknown command \"" + word + "\" (did you mean \"" + nearest + "\"?)";
+  const std::string nearest = NearestWord(word, names);
+  message = "unknown command \"" + word + "\"" +
+            (nearest.empty() ? "; the commands are convert, assets, render and check"
+                             : " (did you mean \"" + nearest + "\"?)");
   return true;
 }
 
@@ -101,8 +102,48 @@ void AddRenderOptions(CLI::App& command, CommandOptions& options) {
                    "Write an offline viewer page (zoom, search, details) instead of the SVG");
 }
 
+// A list of finding kinds, each one the tool knows.
+CLI::Validator FindingKindList() {
+  return CLI::Validator(
+      [](std::string& kind) {
+        const auto kinds = FindingKinds();
+        if (std::find(kinds.begin(), kinds.end(), kind) != kinds.end()) {
+          return std::string();
+        }
+        const std::string nearest = NearestWord(kind, kinds);
+        return "unknown finding kind \"" + kind + "\"" +
+               (nearest.empty() ? std::string("; docs/cli.md lists them")
+                                : " (did you mean \"" + nearest + "\"?)");
+      },
+      "KIND,...");
+}
+
 void AddCheckOptions(CLI::App& command, CommandOptions& options) {
   AddConversionOptions(command, options, "Where to write the findings; - is standard output");
+  command.add_option("--only", options.onlyKinds, "Report only these kinds of finding")
+      ->delimiter(',')
+      ->check(FindingKindList());
+  command.add_option("--ignore", options.ignoredKinds, "Do not report these kinds of finding")
+      ->delimiter(',')
+      ->check(FindingKindList());
+  command.add_flag("--all", options.allFindings,
+                   "Every finding of a kind, not the first 10 and a count of the rest");
+  command
+      .add_option("--max-drift", options.findingOptions.maxDrift,
+                  "Frames picture and sound may start apart before av-drift reports an item")
+      ->check(CLI::Validator(
+          [](const std::string& frames) {
+            return frames.find_first_not_of("0123456789") == std::string::npos
+                       ? std::string()
+                       : "a count of frames, 0 or more, is expected, not \"" + frames + "\"";
+          },
+          "FRAMES"))
+      ->capture_default_str();
+  command
+      .add_option("--speed-limit", options.findingOptions.speedLimit,
+                  "Speeds faster than this or slower than its inverse are reported")
+      ->check(CLI::Range(std::int64_t{1}, std::int64_t{1} << 31))
+      ->capture_default_str();
 }
 
 struct CommandRow {

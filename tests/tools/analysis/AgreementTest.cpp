@@ -100,6 +100,11 @@ TEST(Agreement, EveryOutputNamesTheSameFindingsAtTheSamePlaces) {
       "tests/tools/documents/check-missing-asset.json",
       "tests/tools/documents/check-zero-length-part.json",
       "tests/tools/documents/check-transition-negative-length.json",
+      "tests/tools/documents/check-speed-out-of-range.json",
+      "tests/tools/documents/check-plays-nothing.json",
+      "tests/tools/documents/check-negative-transition-duration.json",
+      "tests/tools/documents/check-transition-outside-material.json",
+      "tests/tools/documents/check-recorded-ranges.json",
       "examples/refused.json",
       "examples/highlight.json",
   };
