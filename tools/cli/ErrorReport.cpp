@@ -69,7 +69,7 @@ void FailureReport::Malformed(const std::string& file, const DocumentError& erro
     return;
   }
   std::string problem = error.what();
-  const std::string prefix = error.Where() + ": ";
+  const std::string prefix = EscapedText(error.Where()) + ": ";
   if (problem.compare(0, prefix.size(), prefix) == 0) {
     problem.erase(0, prefix.size());
   }

@@ -6,7 +6,9 @@
 #include <nlohmann/json.hpp>
 
 #include "ToolTestSupport.h"
+#include "cli/EditDistance.h"
 #include "document/AssetKeys.h"
+#include "document/DocumentPlace.h"
 #include "document/PlaylistDocument.h"
 
 namespace {
@@ -193,6 +195,81 @@ TEST(Diagnostics, CheckFindsEachKindInItsOwnDocument) {
                           R"(","clip":"SPARE-1","severity":"warning","pointer":"/assets/1",)"
                           R"("numbers":{}})"
                           "\n");
+}
+
+TEST(Diagnostics, DocumentTextsAreEscapedAndNeverCut) {
+  const std::pair<std::string, std::string> rows[] = {
+      {std::string("a\0b", 3), "a\\u0000b"},
+      {"tab\there\nline\\", "tab\\there\\nline\\\\"},
+      {"caf\xc3\xa9 \xe2\x82\xac", "caf\xc3\xa9 \xe2\x82\xac"},  // valid UTF-8 stays
+      {"bad \xff \xc3", "bad \\xff \\xc3"},
+      {"overlong \xc0\xaf and surrogate \xed\xa0\x80",
+       "overlong \\xc0\\xaf and surrogate \\xed\\xa0\\x80"},
+  };
+  for (const auto& [text, shown] : rows) {
+    EXPECT_EQ(TimelineConvert::EscapedText(text), shown);
+  }
+  const std::string input = WorkPath("nul-field.json");
+  tool_testing::WriteFile(
+      input, R"({"playlist": {"serverId": 1, "number": 1, "umId": "P", "durationInFields": 0,
+      "rate": {"numerator": 50, "denominator": 1}, "audioVideoTrack": {"elements": []}},
+      "assets": [{"umId": "X", "timeBounds": [], "track\u0001\u00000Layouts": 1}]})");
+  const auto run = RunTool("check - < '" + input + "'");
+  EXPECT_EQ(run.exitStatus, 1);
+  EXPECT_EQ(
+      run.err,
+      "timeline-convert: standard input: /assets/0/track\\u0001\\u00000Layouts: unknown field "
+      "(expected one of: timeBounds, umId, id, assetKind, shortBounds, operatorVideoRate, "
+      "resources)\n");
+}
+
+TEST(Diagnostics, DidYouMeanOnlyForASlip) {
+  const std::vector<std::string> words = {"convert", "assets", "render", "check"};
+  const std::pair<const char*, const char*> rows[] = {
+      {"chek", "check"}, {"rendr", "render"}, {"covnert", "convert"},
+      {"help", ""},      {"ch", ""},          {"xyzzy", ""}};
+  for (const auto& [word, nearest] : rows) {
+    EXPECT_EQ(TimelineConvert::NearestWord(word, words), nearest) << word;
+  }
+  EXPECT_EQ(RunTool("help").err,
+            "timeline-convert: unknown command \"help\"; the commands are convert, assets, render "
+            "and check\n");
+}
+
+// Twelve unused assets: ten lines, then one that counts the other two.
+TEST(Diagnostics, CheckPicksKindsAndCountsPastTen) {
+  auto document =
+      nlohmann::json::parse(ReadFile(SourcePath("tests/tools/documents/check-unused-asset.json")));
+  for (int spare = 2; spare <= 12; ++spare) {
+    document["assets"].push_back(
+        {{"umId", "SPARE-" + std::to_string(spare)}, {"timeBounds", nlohmann::json::array()}});
+  }
+  const std::string input = WorkPath("many-unused.json");
+  tool_testing::WriteFile(input, document.dump());
+  const auto count = [](const std::string& text, const std::string& part) {
+    std::size_t found = 0;
+    for (auto at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) {
+      ++found;
+    }
+    return found;
+  };
+  const auto capped = RunTool("check - < '" + input + "'");
+  EXPECT_EQ(capped.exitStatus, 3);
+  EXPECT_EQ(count(capped.out, "no element and not the aux track"), 10U);
+  EXPECT_NE(capped.out.find("standard input: 2 more unused-asset findings (--all shows them)\n"
+                            "standard input: 12 findings\n"),
+            std::string::npos);
+  EXPECT_EQ(count(RunTool("check --all - < '" + input + "'").out, "no element and not"), 12U);
+  const auto ignored = RunTool("check --ignore unused-asset,av-drift - < '" + input + "'");
+  EXPECT_EQ(ignored.exitStatus, 0);
+  EXPECT_EQ(ignored.out, "standard input: no findings\n");
+  EXPECT_EQ(RunTool("check --only overlap - < '" + input + "'").out,
+            "standard input: no findings\n");
+  const auto unknown = RunTool("check --only unused-assets - < '" + input + "'");
+  EXPECT_EQ(unknown.exitStatus, 1);
+  EXPECT_NE(unknown.err.find("unknown finding kind \"unused-assets\" (did you mean "
+                             "\"unused-asset\"?)"),
+            std::string::npos);
 }
 
 }  // namespace
