@@ -110,4 +110,17 @@ void CheckTransitionFields(FindingList& findings) {
   }
 }
 
+// A playlist duration below 0: --duration-mode playlist gives a timeline
+// that ends before it starts.
+void CheckPlaylistFields(FindingList& findings) {
+  const std::int64_t fields = findings.Document().playlist.durationInFields;
+  if (fields < 0) {
+    findings.AtPlaylist("negative-playlist-duration",
+                        "the playlist's duration of " + std::to_string(fields) +
+                            " fields is negative: with --duration-mode playlist the timeline "
+                            "ends before it starts",
+                        {{"durationInFields", fields}}, "/playlist/durationInFields");
+  }
+}
+
 }  // namespace TimelineConvert

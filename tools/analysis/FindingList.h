@@ -38,6 +38,14 @@ class FindingList {
     Add(kind, std::move(place), std::move(message), std::move(numbers));
   }
 
+  // A value of the playlist itself, such as "/playlist/durationInFields".
+  void AtPlaylist(const char* kind, std::string message, Numbers numbers,
+                  const std::string& pointer) {
+    DocumentPlace place;
+    place.pointer = pointer;
+    Add(kind, std::move(place), std::move(message), std::move(numbers));
+  }
+
   void InAuxTrack(const char* kind, std::string message, Numbers numbers) {
     Add(kind, DocumentPlace::AuxTrack(document_), std::move(message), std::move(numbers));
   }
@@ -80,6 +88,7 @@ constexpr const char* kAuxItemEmpty = "the aux item lasts 0 frames: ";
 void CheckSpeeds(FindingList& findings, const FindingOptions& options);
 void CheckAssetUse(FindingList& findings);
 void CheckTransitionFields(FindingList& findings);
+void CheckPlaylistFields(FindingList& findings);
 void CheckRecordedRanges(FindingList& findings);
 void CheckTrack(FindingList& findings, const Kov::TimelineEngineModel::Timeline& timeline,
                 const FindingOptions& options);

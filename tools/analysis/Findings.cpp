@@ -46,6 +46,7 @@ constexpr KindRow kKinds[] = {
     {"reversed-recorded-range", Severity::Warning},
     {"empty-recorded-range", Severity::Warning},
     {"overlapping-recorded-ranges", Severity::Warning},
+    {"negative-playlist-duration", Severity::Warning},
 };
 
 }  // namespace
@@ -88,6 +89,7 @@ std::vector<Finding> FindFindings(const PlaylistDocument& document, const Outcom
   FindingList findings(document);
   CheckSpeeds(findings, options);
   CheckTransitionFields(findings);
+  CheckPlaylistFields(findings);
   CheckAssetUse(findings);
   CheckRecordedRanges(findings);
   if (!outcome.refusal) {

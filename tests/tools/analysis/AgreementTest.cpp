@@ -105,6 +105,7 @@ TEST(Agreement, EveryOutputNamesTheSameFindingsAtTheSamePlaces) {
       "tests/tools/documents/check-negative-transition-duration.json",
       "tests/tools/documents/check-transition-outside-material.json",
       "tests/tools/documents/check-recorded-ranges.json",
+      "tests/tools/documents/check-negative-playlist-duration.json",
       "examples/refused.json",
       "examples/highlight.json",
   };
