@@ -16,6 +16,7 @@
 #include <exception>
 #include <iostream>
 #include <new>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -52,6 +53,54 @@ bool IsUnknownCommand(const CLI::App& app, const std::string& word, std::string&
             (nearest.empty() ? "; the commands are convert, assets, render and check"
                              : " (did you mean \"" + nearest + "\"?)");
   return true;
+}
+
+// The command-line parser's sentences that leave a user guessing, said
+// plainly; any other passes as it is.
+std::string ParserMessage(const CLI::App& top, const std::string& said) {
+  // "The following argument was not expected: X" or "... arguments were
+  // not expected: X Y": an unknown option is the likelier slip, so it is named.
+  const auto listed = said.find(" expected: ");
+  if (said.compare(0, 14, "The following ") == 0 && listed != std::string::npos) {
+    std::istringstream words(said.substr(listed + 11));
+    std::string word;
+    std::string first;
+    while (words >> word) {
+      if (first.empty() || (word[0] == '-' && first[0] != '-')) {
+        first = word;
+      }
+    }
+    word = first;
+    if (word.empty() || word[0] != '-') {
+      return "one INPUT only: \"" + word + "\" is one too many";
+    }
+    std::vector<std::string> names;
+    for (const CLI::App* command : top.get_subcommands({})) {
+      if (command->parsed()) {
+        for (const CLI::Option* option : command->get_options()) {
+          for (const std::string& name : option->get_lnames()) {
+            names.push_back("--" + name);
+          }
+        }
+      }
+    }
+    const std::string nearest = NearestWord(word, names);
+    return "unknown option " + word +
+           (nearest.empty() ? std::string() : " (did you mean " + nearest + "?)");
+  }
+  if (said == "A subcommand is required") {
+    return "a command is needed: convert, assets, render or check";
+  }
+  if (said == "INPUT is required") {
+    return "no INPUT: name a playlist document, or - for standard input";
+  }
+  const std::string missing = " required ";
+  const auto colon = said.find(": ");
+  if (colon != std::string::npos && said.find(missing) != std::string::npos && said.size() > 8 &&
+      said.compare(said.size() - 8, 8, " missing") == 0) {
+    return said.substr(0, colon) + " needs a value";
+  }
+  return said;
 }
 
 void AddInput(CLI::App& command, CommandOptions& options) {
@@ -200,8 +249,8 @@ int main(int argc, char** argv) {
                                            " (conversion library " +
                                            Conversion::LibraryVersionText() + ")");
   // CLI11's own messages carry the tool's name too, on one line.
-  app.failure_message([](const CLI::App*, const CLI::Error& error) {
-    return std::string("timeline-convert: ") + error.what() +
+  app.failure_message([](const CLI::App* top, const CLI::Error& error) {
+    return "timeline-convert: " + ParserMessage(*top, error.what()) +
            " (timeline-convert --help lists the commands and options)\n";
   });
   std::string unknown;

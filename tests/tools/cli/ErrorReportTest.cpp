@@ -235,6 +235,20 @@ TEST(Diagnostics, DidYouMeanOnlyForASlip) {
   EXPECT_EQ(RunTool("help").err,
             "timeline-convert: unknown command \"help\"; the commands are convert, assets, render "
             "and check\n");
+  const std::string listsOptions = " (timeline-convert --help lists the commands and options)\n";
+  const std::pair<const char*, std::string> parserRows[] = {
+      {"check --max-drft 3 x.json", "unknown option --max-drft (did you mean --max-drift?)"},
+      {"check --x x.json", "unknown option --x"},
+      {"check a.json b.json", "one INPUT only: \"b.json\" is one too many"},
+      {"check", "no INPUT: name a playlist document, or - for standard input"},
+      {"check --max-drift", "--max-drift needs a value"},
+      {"check --max-drift -3 x.json",
+       "--max-drift: a count of frames, 0 or more, is expected, not \"-3\""}};
+  for (const auto& [arguments, message] : parserRows) {
+    const auto run = RunTool(arguments);
+    EXPECT_EQ(run.exitStatus, 1) << arguments;
+    EXPECT_EQ(run.err, "timeline-convert: " + message + listsOptions) << arguments;
+  }
 }
 
 // Twelve unused assets: ten lines, then one that counts the other two.
