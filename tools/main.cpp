@@ -215,11 +215,12 @@ const CommandRow kCommands[] = {
      "drawn up to the refused element, written, and exits with 2",
      AddRenderOptions, RunRender},
     {"check",
-     "Convert the playlist and report what is legal but almost certainly not meant (negative "
-     "or ignored speeds, overlaps, transitions that give nothing or that an export cannot hold, "
-     "parts or an aux item of 0 frames, IN or OUT outside the recorded material, unused or "
-     "missing assets), one per line with its place, "
-     "then a summary. Exit status 0 nothing found, 3 findings only, 2 refused, 1 unusable",
+     "Convert the playlist and report what is legal but almost certainly not meant (negative, "
+     "ignored or extreme speeds, overlaps, picture and sound drifting apart, transitions that "
+     "give nothing, run short of material or that an export cannot hold, parts or an aux item "
+     "of 0 frames, IN or OUT outside the recorded material, broken recorded ranges, unused or "
+     "missing assets), one per line with its place, then a summary; a refusal says what to "
+     "change. Exit status 0 nothing found, 3 findings, 2 refused, 1 unusable",
      AddCheckOptions, RunCheck},
 };
 
