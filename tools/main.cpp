@@ -10,13 +10,17 @@
 // timeline; 3 check found something.
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <csignal>
+#include <cstdint>
 #include <exception>
 #include <iostream>
 #include <new>
+#include <sstream>
 #include <string>
 #include <vector>
 
+#include "analysis/Findings.h"
 #include "cli/EditDistance.h"
 #include "cli/ExitStatus.h"
 #include "commands/Commands.h"
@@ -37,20 +41,66 @@ bool IsUnknownCommand(const CLI::App& app, const std::string& word, std::string&
   if (word.empty() || word[0] == '-') {
     return false;
   }
-  std::string nearest;
-  std::size_t best = std::string::npos;
+  std::vector<std::string> names;
   for (const CLI::App* command : app.get_subcommands({})) {
     if (command->get_name() == word) {
       return false;
     }
-    const std::size_t distance = EditDistance(word, command->get_name());
-    if (distance < best) {
-      best = distance;
-      nearest = command->get_name();
-    }
+    names.push_back(command->get_name());
   }
-  message = "unknown command \"" + word + "\" (did you mean \"" + nearest + "\"?)";
+  const std::string nearest = NearestWord(word, names);
+  message = "unknown command \"" + word + "\"" +
+            (nearest.empty() ? "; the commands are convert, assets, render and check"
+                             : " (did you mean \"" + nearest + "\"?)");
   return true;
+}
+
+// The command-line parser's sentences that leave a user guessing, said
+// plainly; any other passes as it is.
+std::string ParserMessage(const CLI::App& top, const std::string& said) {
+  // "The following argument was not expected: X" or "... arguments were
+  // not expected: X Y": an unknown option is the likelier slip, so it is named.
+  const auto listed = said.find(" expected: ");
+  if (said.compare(0, 14, "The following ") == 0 && listed != std::string::npos) {
+    std::istringstream words(said.substr(listed + 11));
+    std::string word;
+    std::string first;
+    while (words >> word) {
+      if (first.empty() || (word[0] == '-' && first[0] != '-')) {
+        first = word;
+      }
+    }
+    word = first;
+    if (word.empty() || word[0] != '-') {
+      return "one INPUT only: \"" + word + "\" is one too many";
+    }
+    std::vector<std::string> names;
+    for (const CLI::App* command : top.get_subcommands({})) {
+      if (command->parsed()) {
+        for (const CLI::Option* option : command->get_options()) {
+          for (const std::string& name : option->get_lnames()) {
+            names.push_back("--" + name);
+          }
+        }
+      }
+    }
+    const std::string nearest = NearestWord(word, names);
+    return "unknown option " + word +
+           (nearest.empty() ? std::string() : " (did you mean " + nearest + "?)");
+  }
+  if (said == "A subcommand is required") {
+    return "a command is needed: convert, assets, render or check";
+  }
+  if (said == "INPUT is required") {
+    return "no INPUT: name a playlist document, or - for standard input";
+  }
+  const std::string missing = " required ";
+  const auto colon = said.find(": ");
+  if (colon != std::string::npos && said.find(missing) != std::string::npos && said.size() > 8 &&
+      said.compare(said.size() - 8, 8, " missing") == 0) {
+    return said.substr(0, colon) + " needs a value";
+  }
+  return said;
 }
 
 void AddInput(CLI::App& command, CommandOptions& options) {
@@ -101,8 +151,48 @@ void AddRenderOptions(CLI::App& command, CommandOptions& options) {
                    "Write an offline viewer page (zoom, search, details) instead of the SVG");
 }
 
+// A list of finding kinds, each one the tool knows.
+CLI::Validator FindingKindList() {
+  return CLI::Validator(
+      [](std::string& kind) {
+        const auto kinds = FindingKinds();
+        if (std::find(kinds.begin(), kinds.end(), kind) != kinds.end()) {
+          return std::string();
+        }
+        const std::string nearest = NearestWord(kind, kinds);
+        return "unknown finding kind \"" + kind + "\"" +
+               (nearest.empty() ? std::string("; docs/cli.md lists them")
+                                : " (did you mean \"" + nearest + "\"?)");
+      },
+      "KIND,...");
+}
+
 void AddCheckOptions(CLI::App& command, CommandOptions& options) {
   AddConversionOptions(command, options, "Where to write the findings; - is standard output");
+  command.add_option("--only", options.onlyKinds, "Report only these kinds of finding")
+      ->delimiter(',')
+      ->check(FindingKindList());
+  command.add_option("--ignore", options.ignoredKinds, "Do not report these kinds of finding")
+      ->delimiter(',')
+      ->check(FindingKindList());
+  command.add_flag("--all", options.allFindings,
+                   "Every finding of a kind, not the first 10 and a count of the rest");
+  command
+      .add_option("--max-drift", options.findingOptions.maxDrift,
+                  "Frames picture and sound may start apart before av-drift reports an item")
+      ->check(CLI::Validator(
+          [](const std::string& frames) {
+            return frames.find_first_not_of("0123456789") == std::string::npos
+                       ? std::string()
+                       : "a count of frames, 0 or more, is expected, not \"" + frames + "\"";
+          },
+          "FRAMES"))
+      ->capture_default_str();
+  command
+      .add_option("--speed-limit", options.findingOptions.speedLimit,
+                  "Speeds faster than this or slower than its inverse are reported")
+      ->check(CLI::Range(std::int64_t{1}, std::int64_t{1} << 31))
+      ->capture_default_str();
 }
 
 struct CommandRow {
@@ -125,11 +215,12 @@ const CommandRow kCommands[] = {
      "drawn up to the refused element, written, and exits with 2",
      AddRenderOptions, RunRender},
     {"check",
-     "Convert the playlist and report what is legal but almost certainly not meant (negative "
-     "or ignored speeds, overlaps, transitions that give nothing or that an export cannot hold, "
-     "parts or an aux item of 0 frames, IN or OUT outside the recorded material, unused or "
-     "missing assets), one per line with its place, "
-     "then a summary. Exit status 0 nothing found, 3 findings only, 2 refused, 1 unusable",
+     "Convert the playlist and report what is legal but almost certainly not meant (negative, "
+     "ignored or extreme speeds, overlaps, picture and sound drifting apart, transitions that "
+     "give nothing, run short of material or that an export cannot hold, parts or an aux item "
+     "of 0 frames, IN or OUT outside the recorded material, broken recorded ranges, unused or "
+     "missing assets), one per line with its place, then a summary; a refusal says what to "
+     "change. Exit status 0 nothing found, 3 findings, 2 refused, 1 unusable",
      AddCheckOptions, RunCheck},
 };
 
@@ -159,8 +250,8 @@ int main(int argc, char** argv) {
                                            " (conversion library " +
                                            Conversion::LibraryVersionText() + ")");
   // CLI11's own messages carry the tool's name too, on one line.
-  app.failure_message([](const CLI::App*, const CLI::Error& error) {
-    return std::string("timeline-convert: ") + error.what() +
+  app.failure_message([](const CLI::App* top, const CLI::Error& error) {
+    return "timeline-convert: " + ParserMessage(*top, error.what()) +
            " (timeline-convert --help lists the commands and options)\n";
   });
   std::string unknown;

@@ -60,7 +60,28 @@ broken_documents = [
     broken("boundary that is not open", ("assets", 0, "timeBounds", 0, "end"), "closed"),
     broken("asset with umId and id", ("assets", 0, "id"), "x"),
     broken("IN value as a fraction", first_element + ("videoInValue",), 1.5),
+    broken("serverId beyond uint32", ("playlist", "serverId"), 4294967296),
+    broken("speed denominator beyond int32", first_element + ("speed",),
+           {"numerator": 1, "denominator": 2147483648}),
+    broken("operatorVideoRate as a fraction", ("assets", 0, "operatorVideoRate"), 1.5),
+    broken("boundary kind beyond int32", first_element + ("inBoundaryKind",), 2147483648),
 ]
+# Values the reader takes but the conversion always refuses (exit status 2):
+# the schema refuses them too. (A whole number written as 3.0 is the one
+# thing the reader refuses that no schema can: JSON Schema sees the value 3.)
+refused_documents = [
+    broken("rate numerator 0", ("playlist", "rate", "numerator"), 0),
+    broken("negative rate denominator", ("playlist", "rate", "denominator"), -1),
+]
+for name, document in refused_documents:
+    if validator.is_valid(document):
+        failures.append(f"the schema accepts the refused document: {name}")
+    path = os.path.join(work_dir, "schema-refused.json")
+    with open(path, "w") as refused_file:
+        json.dump(document, refused_file)
+    status = subprocess.run([tool, "convert", "-o", os.devnull, path], capture_output=True).returncode
+    if status != 2:
+        failures.append(f"the tool exits {status}, not 2, for the refused document: {name}")
 for name, document in broken_documents:
     if validator.is_valid(document):
         failures.append(f"the schema accepts the broken document: {name}")

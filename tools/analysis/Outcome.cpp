@@ -135,6 +135,7 @@ Outcome ConvertDocument(const PlaylistDocument& document, DurationMode mode) {
     throw;
   } catch (const std::exception& error) {
     Refusal refusal{error.what(), LocateRefusal(document, mode, error.what())};
+    refusal.explanation = ExplainRefusal(document, mode, refusal);
     outcome.timeline = TimelineBefore(document, mode, refusal.place);
     outcome.refusal = std::move(refusal);
   }

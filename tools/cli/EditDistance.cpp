@@ -22,4 +22,22 @@ std::size_t EditDistance(const std::string& from, const std::string& to) {
   return row[to.size()];
 }
 
+std::string NearestWord(const std::string& word, const std::vector<std::string>& candidates) {
+  constexpr std::size_t kLargestSlip = 2;
+  constexpr std::size_t kShortestWord = 3;
+  std::string nearest;
+  std::size_t best = kLargestSlip + 1;
+  if (word.size() < kShortestWord) {
+    return nearest;
+  }
+  for (const std::string& candidate : candidates) {
+    const std::size_t distance = EditDistance(word, candidate);
+    if (distance < best) {
+      best = distance;
+      nearest = candidate;
+    }
+  }
+  return nearest;
+}
+
 }  // namespace TimelineConvert

@@ -26,6 +26,15 @@ bool LineAndColumn(const std::string& where, long long& line, long long& column)
 
 }  // namespace
 
+std::string NumbersJson(const Numbers& numbers) {
+  std::string members;
+  for (const auto& number : numbers) {
+    members += (members.empty() ? "" : ",") + JsonString(number.first) + ":" +
+               std::to_string(number.second);
+  }
+  return members;
+}
+
 std::string JsonString(const std::string& text) {
   return nlohmann::json(text).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
 }
@@ -60,7 +69,7 @@ void FailureReport::Malformed(const std::string& file, const DocumentError& erro
     return;
   }
   std::string problem = error.what();
-  const std::string prefix = error.Where() + ": ";
+  const std::string prefix = EscapedText(error.Where()) + ": ";
   if (problem.compare(0, prefix.size(), prefix) == 0) {
     problem.erase(0, prefix.size());
   }
@@ -77,14 +86,24 @@ void FailureReport::Malformed(const std::string& file, const DocumentError& erro
 }
 
 void FailureReport::Refused(const std::string& file, const Refusal& refusal) const {
+  const auto& explanation = refusal.explanation;
   if (format_ == ErrorFormat::Json) {
     stream_ << "{\"status\":\"refused\"" << Member("message", refusal.message)
-            << Member("file", file) << PlaceJsonMembers(refusal.place) << "}\n";
+            << Member("file", file);
+    if (!explanation) {
+      stream_ << PlaceJsonMembers(refusal.place) << "}\n";
+      return;
+    }
+    stream_ << Member("kind", explanation->kind) << PlaceJsonMembers(explanation->place)
+            << (explanation->place.pointer.empty() ? ""
+                                                   : Member("pointer", explanation->place.pointer))
+            << Member("explanation", explanation->text) << ",\"numbers\":{"
+            << NumbersJson(explanation->numbers) << "}}\n";
     return;
   }
   // Exactly the library's text first: it is what the operator was shown.
   stream_ << refusal.message << '\n';
-  const std::string where = DescribePlace(refusal.place);
+  const std::string where = explanation ? explanation->text : DescribePlace(refusal.place);
   if (!where.empty()) {
     stream_ << "timeline-convert: " << file << ": " << where << '\n';
   }
@@ -96,11 +115,7 @@ std::string FindingLine(const std::string& file, const Finding& finding) {
 }
 
 std::string FindingJson(const std::string& file, const Finding& finding) {
-  std::string numbers;
-  for (const auto& number : finding.numbers) {
-    numbers += (numbers.empty() ? "" : ",") + JsonString(number.first) + ":" +
-               std::to_string(number.second);
-  }
+  const std::string numbers = NumbersJson(finding.numbers);
   return "{\"status\":\"finding\",\"kind\":" + JsonString(finding.kind) +
          ",\"message\":" + JsonString(finding.message) + ",\"file\":" + JsonString(file) +
          PlaceJsonMembers(finding.place) + Member("severity", SeverityWord(finding.severity)) +

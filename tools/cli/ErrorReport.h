@@ -40,6 +40,9 @@ std::string PlaceJsonMembers(const DocumentPlace& place);
 std::string FindingLine(const std::string& file, const Finding& finding);
 std::string FindingJson(const std::string& file, const Finding& finding);
 
+// The members of a JSON object of numbers, without braces.
+std::string NumbersJson(const Numbers& numbers);
+
 // A JSON string literal.
 std::string JsonString(const std::string& text);
 

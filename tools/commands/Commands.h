@@ -6,7 +6,9 @@
 #include <functional>
 #include <ostream>
 #include <string>
+#include <vector>
 
+#include "analysis/Findings.h"
 #include "analysis/Outcome.h"
 #include "cli/ErrorReport.h"
 #include "cli/ExitStatus.h"
@@ -20,6 +22,11 @@ struct CommandOptions {
   std::string format = "engine";
   bool html = false;
   std::string errors = "text";
+  // check: which kinds to report, all of each, and what an operator accepts.
+  std::vector<std::string> onlyKinds;
+  std::vector<std::string> ignoredKinds;
+  bool allFindings = false;
+  FindingOptions findingOptions;
 };
 
 // What every command starts from: the options, the document read once and

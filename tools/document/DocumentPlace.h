@@ -34,9 +34,14 @@ struct DocumentPlace {
   static DocumentPlace AuxTrack(const PlaylistDocument& document);
 };
 
+// A text that comes from the document (a clip id, a name, a value) as it may
+// be shown on one line: control characters, backslashes and invalid UTF-8 as
+// escapes (\n, \u0000, \xff), and NUL never ends it.
+std::string EscapedText(const std::string& text);
+
 // Where, after "timeline-convert: FILE: ": "at element N (item I, clip CLIP)",
-// "in asset ID (clip CLIP)" or "in the aux track (clip CLIP)"; empty when it
-// is not pinned to anything.
+// "in asset ID (clip CLIP)", "in the aux track (clip CLIP)" or, for the
+// playlist itself, "at POINTER"; empty when it is not pinned to anything.
 std::string DescribePlace(const DocumentPlace& place);
 
 }  // namespace TimelineConvert

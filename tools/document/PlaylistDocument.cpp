@@ -3,6 +3,7 @@
 // its record fields can hold.
 #include "document/PlaylistDocument.h"
 
+#include "document/DocumentPlace.h"
 #include "document/DocumentStream.h"
 #include "document/JsonNode.h"
 
@@ -41,7 +42,7 @@ Sequences::Playlist ReadPlaylist(const Node& node, StreamedRecords& stream) {
 }  // namespace
 
 DocumentError::DocumentError(const std::string& where, const std::string& problem)
-    : std::runtime_error(where + ": " + problem), where_(where) {}
+    : std::runtime_error(EscapedText(where) + ": " + EscapedText(problem)), where_(where) {}
 
 PlaylistDocument ReadPlaylistDocument(const std::string& jsonText) {
   StreamedRecords stream;

@@ -43,7 +43,8 @@ std::vector<Named> FromCheck(const std::string& input, std::string& firstBlockin
          start = end + 1, end = stream->find('\n', start)) {
       const Json line = Json::parse(stream->substr(start, end - start));
       const bool refused = line["status"] == "refused";
-      named.emplace_back(refused ? "refused" : line["kind"].get<std::string>(), ElementOf(line));
+      named.emplace_back(refused ? "refused" : line["kind"].get<std::string>(),
+                         refused ? -1 : ElementOf(line));
       if (!refused && line["severity"] == "blocks-otio" && firstBlockingOtio.empty()) {
         firstBlockingOtio = line["message"].get<std::string>();
       }
@@ -59,7 +60,11 @@ std::vector<Named> FromPageData(const std::string& input) {
   const Json data = Json::parse(page.substr(start, page.find("</script>", start) - start));
   std::vector<Named> named;
   for (const auto& finding : data["findings"]) {
-    named.emplace_back(finding[0].get<std::string>(), finding[2].get<long long>());
+    // A refusal is drawn at the element that fails, and explained at the item
+    // to change: the places of a refusal are tested on their own.
+    const bool refused = finding[1] == "refusal";
+    named.emplace_back(refused ? "refused" : finding[0].get<std::string>(),
+                       refused ? -1 : finding[2].get<long long>());
   }
   return named;
 }
@@ -75,11 +80,7 @@ std::vector<Named> FromSvg(const std::string& input) {
        match != std::sregex_iterator(); ++match) {
     named.emplace_back((*match)[2], (*match)[4].matched ? std::stoll((*match)[4]) : -1);
   }
-  const std::regex refused(R"(>Refused: [^<]*<[^>]*>\s*<text[^>]*>(at element (\d+) )?)");
-  std::smatch match;
-  if (std::regex_search(svg, match, refused)) {
-    named.emplace_back("refused", match[1].matched ? std::stoll(match[2]) : -1);
-  } else if (svg.find(">Refused: ") != std::string::npos) {
+  if (svg.find(">Refused: ") != std::string::npos) {
     named.emplace_back("refused", -1);
   }
   return named;
@@ -99,6 +100,12 @@ TEST(Agreement, EveryOutputNamesTheSameFindingsAtTheSamePlaces) {
       "tests/tools/documents/check-missing-asset.json",
       "tests/tools/documents/check-zero-length-part.json",
       "tests/tools/documents/check-transition-negative-length.json",
+      "tests/tools/documents/check-speed-out-of-range.json",
+      "tests/tools/documents/check-plays-nothing.json",
+      "tests/tools/documents/check-negative-transition-duration.json",
+      "tests/tools/documents/check-transition-outside-material.json",
+      "tests/tools/documents/check-recorded-ranges.json",
+      "tests/tools/documents/check-negative-playlist-duration.json",
       "examples/refused.json",
       "examples/highlight.json",
   };

@@ -127,7 +127,8 @@ const ToolCase kRows[] = {
      std::string("timeline-convert 1.0.0 (conversion library ") +
          TIMELINE_ENGINE_CONVERSION_VERSION_TEXT + ")\n",
      ""},
-    {"NoCommand", "", "", 1, "", kName + "A subcommand is required" + kHelpHint},
+    {"NoCommand", "", "", 1, "",
+     kName + "a command is needed: convert, assets, render or check" + kHelpHint},
     {"UnknownDurationMode", kCopyExamples, "convert h.json --duration-mode fields", 1, "",
      kName + "--duration-mode: fields not in {items,playlist}" + kHelpHint},
     {"ConvertHelp",

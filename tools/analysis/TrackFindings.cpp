@@ -1,0 +1,306 @@
+// Findings of the track as converted: the items one after the other, with
+// the transitions that open them. One pass, so that it stays linear in the
+// size of the playlist.
+#include <algorithm>
+#include <unordered_map>
+
+#include "analysis/FindingList.h"
+
+namespace TimelineConvert {
+
+namespace {
+
+namespace Data = Kov::Replivo::Data;
+namespace Engine = Kov::TimelineEngineModel;
+
+// One side (picture or sound) of the media items, in track order: where the
+// items reach so far, to find an item that starts inside earlier ones.
+class SideCoverage {
+ public:
+  explicit SideCoverage(const char* side) : side_(side) {}
+
+  // An item that opens with a transition on this side may overlap the item
+  // just before it; any other overlap has nothing to explain it.
+  void Add(std::size_t index, std::int64_t in, std::int64_t duration, bool opensWithTransition,
+           FindingList& findings) {
+    const Reach& limit = opensWithTransition ? beforePrevious_ : all_;
+    if (duration > 0 && limit.valid && in < limit.end) {
+      findings.AtElement(index, "overlap",
+                         std::string("its ") + side_ + " starts at frame " + std::to_string(in) +
+                             ", inside element " + std::to_string(limit.element) +
+                             "'s, which runs to frame " + std::to_string(limit.end) +
+                             ", with no transition between them",
+                         {{"start", in},
+                          {"element", static_cast<std::int64_t>(limit.element)},
+                          {"end", limit.end}});
+    }
+    beforePrevious_ = all_;
+    const std::int64_t end = SaturatingSum(in, std::max<std::int64_t>(duration, 0));
+    if (!all_.valid || end > all_.end) {
+      all_ = Reach{true, end, index};
+    }
+  }
+
+ private:
+  struct Reach {
+    bool valid = false;
+    std::int64_t end = 0;
+    std::size_t element = 0;
+  };
+  const char* side_;
+  Reach all_;
+  Reach beforePrevious_;
+};
+
+void CheckMaterial(std::size_t index, const char* side, std::int64_t in, std::int64_t duration,
+                   std::int64_t assetDuration, FindingList& findings) {
+  const std::pair<const char*, std::int64_t> boundaries[] = {{"IN", in},
+                                                             {"OUT", SaturatingSum(in, duration)}};
+  for (const auto& boundary : boundaries) {
+    const std::string where = std::string(side) + " " + boundary.first + " at frame " +
+                              std::to_string(boundary.second) + " of the asset lies ";
+    if (boundary.second < 0) {
+      findings.AtElement(index, "outside-material",
+                         where + "before the start of its recorded material",
+                         {{"frame", boundary.second}});
+    } else if (assetDuration >= 0 && boundary.second > assetDuration) {
+      findings.AtElement(index, "outside-material",
+                         where + "after the end of its recorded material (" +
+                             std::to_string(assetDuration) + " frames)",
+                         {{"frame", boundary.second}, {"material", assetDuration}});
+    }
+  }
+}
+
+void CheckTransition(std::size_t index, const char* side, std::int32_t type, bool made,
+                     FindingList& findings) {
+  if (type == 0 || made) {
+    return;
+  }
+  findings.AtElement(index, "no-transition",
+                     std::string(side) + " transition type " + std::to_string(type) +
+                         (index == 0 ? " is ignored: the first element of a track opens with none"
+                                     : " gives no transition"),
+                     {{"type", type}},
+                     std::string(side) == "video" ? "/transitionType" : "/audioTransitionType");
+}
+
+// A part that plays media in no timeline frames: the picture marks it, and
+// an interchange format drops it.
+void CheckZeroLength(std::size_t index, const char* side, std::int64_t timelineLength,
+                     std::int64_t mediaLength, FindingList& findings) {
+  if (timelineLength == 0 && mediaLength != 0) {
+    findings.AtElement(index, "zero-length-part",
+                       std::string("its ") + side + " plays " + std::to_string(mediaLength) +
+                           " frames of media in 0 frames of the timeline",
+                       {{"media", mediaLength}}, "/speed");
+  } else if (timelineLength == 0) {
+    findings.AtElement(index, "plays-nothing",
+                       std::string("its ") + side + " plays 0 frames: its IN and OUT meet", {});
+  }
+}
+
+// A transition must reach forward from its cut and back to it; the engine
+// plays other values, but no interchange format can hold them.
+void CheckTransitionLength(std::size_t index, const Engine::FxTransitionItem& item, bool audio,
+                           FindingList& findings) {
+  const auto& effect = item.FxTransition();
+  // Negated only when not negative, so that no offset overflows.
+  if (effect.offset >= 0 && SaturatingSum(effect.duration, -effect.offset) >= 0) {
+    return;
+  }
+  findings.AtElement(index, "transition-negative-length",
+                     "transition " + item.Id().Text() +
+                         " reaches a negative length before or after its cut (offset " +
+                         std::to_string(effect.offset) + ", duration " +
+                         std::to_string(effect.duration) + ").",
+                     {{"offset", effect.offset}, {"duration", effect.duration}},
+                     audio ? "/audioTransitionDuration" : "/videoTransitionDuration");
+}
+
+// The picture and sound of one item, and the speed it plays at, for the
+// handles of the transition that opens the next item.
+struct PlayedItem {
+  std::size_t element = 0;
+  std::int64_t videoIn = 0;
+  std::int64_t videoDuration = 0;
+  std::int64_t audioIn = 0;
+  std::int64_t audioDuration = 0;
+  std::int64_t assetDuration = -1;
+  Data::Channels::Speed speed{1, 1};
+};
+
+// Source frames that `frames` of the timeline play at `speed` (a slowed item
+// consumes fewer, a sped-up one more); -1 for a speed that plays backwards or
+// not at all, whose findings say so already.
+std::int64_t SourceFrames(std::int64_t frames, const Data::Channels::Speed& speed) {
+  if (speed.numerator <= 0 || speed.denominator <= 0) {
+    return -1;
+  }
+  return SaturatingProduct(frames, speed.numerator) / speed.denominator;
+}
+
+// A transition overlaps its cut: the item before it plays on for the part
+// after the cut, and the item it opens starts early by the part before the
+// cut. Both must find that material inside their recorded ranges.
+void CheckHandles(const PlayedItem& before, const PlayedItem& opened,
+                  const Engine::TransitionEffect& effect, bool audio, FindingList& findings) {
+  const char* const side = audio ? "audio" : "video";
+  const std::string field = audio ? "/audioTransitionDuration" : "/videoTransitionDuration";
+  const std::int64_t afterCut = SourceFrames(effect.duration - effect.offset, before.speed);
+  const std::int64_t out = SaturatingSum(audio ? before.audioIn : before.videoIn,
+                                         audio ? before.audioDuration : before.videoDuration);
+  if (afterCut > 0 && before.assetDuration >= 0 &&
+      SaturatingSum(out, afterCut) > before.assetDuration) {
+    findings.AtElement(opened.element, "transition-outside-material",
+                       std::string("its ") + side + " transition needs " +
+                           std::to_string(afterCut) + " frames of element " +
+                           std::to_string(before.element) + "'s material after its OUT (frame " +
+                           std::to_string(out) + "), past the end of the recording (" +
+                           std::to_string(before.assetDuration) + " frames)",
+                       {{"handle", afterCut},
+                        {"out", out},
+                        {"material", before.assetDuration},
+                        {"handleElement", static_cast<std::int64_t>(before.element)}},
+                       field);
+  }
+  const std::int64_t beforeCut = SourceFrames(effect.offset, opened.speed);
+  const std::int64_t in = audio ? opened.audioIn : opened.videoIn;
+  if (beforeCut > 0 && in - beforeCut < 0) {
+    findings.AtElement(opened.element, "transition-outside-material",
+                       std::string("its ") + side + " transition needs " +
+                           std::to_string(beforeCut) +
+                           " frames of its material before its IN (frame " + std::to_string(in) +
+                           "), before the start of the recording",
+                       {{"handle", beforeCut},
+                        {"in", in},
+                        {"handleElement", static_cast<std::int64_t>(opened.element)}},
+                       field);
+  }
+}
+
+// Picture and sound that start apart: each overlapping transition pulls one
+// side earlier, and every item after it keeps the offset.
+class DriftWatch {
+ public:
+  explicit DriftWatch(std::int64_t accepted) : accepted_(accepted) {}
+
+  // An item that opens with a transition starts early on that side on
+  // purpose: it overlaps the item before it. The items after it keep the offset.
+  void Add(std::size_t index, std::int64_t pictureStart, std::int64_t soundStart,
+           bool opensWithTransition, FindingList& findings) {
+    const std::int64_t offset = SaturatingSum(pictureStart, -soundStart);
+    if (offset != offset_) {
+      offset_ = offset;
+      cause_ = index;
+      causeIsTransition_ = opensWithTransition;
+      if (opensWithTransition) {
+        return;
+      }
+    }
+    if (offset == 0 || (offset >= -accepted_ && offset <= accepted_)) {
+      return;
+    }
+    const std::int64_t apart = offset < 0 ? SaturatingSum(0, -offset) : offset;
+    findings.AtElement(
+        index, "av-drift",
+        "its picture starts at frame " + std::to_string(pictureStart) + " and its sound at frame " +
+            std::to_string(soundStart) + ": the picture plays " + std::to_string(apart) +
+            " frames " + (offset < 0 ? "before" : "after") + " the sound, since " +
+            (causeIsTransition_ ? "the transition of " : "") + "element " + std::to_string(cause_),
+        {{"pictureStart", pictureStart},
+         {"soundStart", soundStart},
+         {"offset", offset},
+         {"causeElement", static_cast<std::int64_t>(cause_)}});
+  }
+
+ private:
+  std::int64_t accepted_;
+  std::int64_t offset_ = 0;
+  std::size_t cause_ = 0;
+  bool causeIsTransition_ = false;
+};
+
+}  // namespace
+
+void CheckTrack(FindingList& findings, const Engine::Timeline& timeline,
+                const FindingOptions& options) {
+  std::unordered_map<std::string, std::int64_t> assetDuration;
+  for (const auto& info : timeline.mediaInfos) {
+    assetDuration.emplace(info.id.Text(), info.duration);
+  }
+  const auto& elements = findings.Document().playlist.audioVideoTrack.elements;
+  SideCoverage picture("picture");
+  SideCoverage sound("sound");
+  DriftWatch drift(options.maxDrift);
+  std::size_t index = 0;
+  std::vector<std::pair<Engine::TransitionEffect, bool>> transitions;
+  PlayedItem previous;
+  Data::Channels::Speed speed{1, 1};
+  for (const auto& item : timeline.tracks.at(0).items) {
+    if (item->GetType() == Engine::FxVideoTransition ||
+        item->GetType() == Engine::FxAudioTransition) {
+      const bool audio = item->GetType() == Engine::FxAudioTransition;
+      const auto& transition = static_cast<const Engine::FxTransitionItem&>(*item);
+      transitions.emplace_back(transition.FxTransition(), audio);
+      if (index < elements.size()) {
+        CheckTransitionLength(index, transition, audio, findings);
+      }
+      continue;
+    }
+    const auto& media = static_cast<const Engine::MediaSummaryItem&>(*item);
+    if (index >= elements.size()) {
+      break;
+    }
+    const auto& element = elements[index];
+    const auto opens = [&transitions](bool audio) {
+      return std::any_of(transitions.begin(), transitions.end(),
+                         [audio](const auto& transition) { return transition.second == audio; });
+    };
+    const bool videoTransition = opens(false);
+    const bool audioTransition = opens(true);
+    CheckTransition(index, "video", element.transitionType, videoTransition, findings);
+    CheckTransition(index, "audio", element.audioTransitionType, audioTransition, findings);
+    if (media.timelineVideoDuration < 0 || media.timelineAudioDuration < 0) {
+      findings.AtElement(
+          index, "negative-duration",
+          "the media item lasts " + std::to_string(media.timelineVideoDuration) +
+              " frames (picture) and " + std::to_string(media.timelineAudioDuration) +
+              " frames (sound) on the timeline",
+          {{"picture", media.timelineVideoDuration}, {"sound", media.timelineAudioDuration}});
+    }
+    CheckZeroLength(index, "picture", media.timelineVideoDuration, media.mediaVideoDuration,
+                    findings);
+    CheckZeroLength(index, "sound", media.timelineAudioDuration, media.mediaAudioDuration,
+                    findings);
+    const auto found = assetDuration.find(media.mediaId.Text());
+    const std::int64_t duration = found == assetDuration.end() ? -1 : found->second;
+    CheckMaterial(index, "picture", media.mediaVideoIn, media.mediaVideoDuration, duration,
+                  findings);
+    CheckMaterial(index, "sound", media.mediaAudioIn, media.mediaAudioDuration, duration, findings);
+    // The speed in force, as the conversion carries it from element to element.
+    if (element.speed != Data::Channels::Speed::Empty() && element.speed.numerator != 0) {
+      speed = element.speed;
+    }
+    const PlayedItem played{index,
+                            media.mediaVideoIn,
+                            media.mediaVideoDuration,
+                            media.mediaAudioIn,
+                            media.mediaAudioDuration,
+                            duration,
+                            speed};
+    for (const auto& [effect, audio] : transitions) {
+      CheckHandles(previous, played, effect, audio, findings);
+    }
+    picture.Add(index, media.timelineVideoIn, media.timelineVideoDuration, videoTransition,
+                findings);
+    sound.Add(index, media.timelineAudioIn, media.timelineAudioDuration, audioTransition, findings);
+    drift.Add(index, media.timelineVideoIn, media.timelineAudioIn,
+              videoTransition || audioTransition, findings);
+    transitions.clear();
+    previous = played;
+    ++index;
+  }
+}
+
+}  // namespace TimelineConvert
