@@ -10,6 +10,7 @@
 #include <unordered_map>
 #include <unordered_set>
 
+#include "analysis/ExportFindings.h"
 #include "document/AssetKeys.h"
 
 namespace TimelineConvert {
@@ -28,18 +29,11 @@ struct KindRow {
 
 // Every kind of finding the tool knows, with what it means for the outputs.
 constexpr KindRow kKinds[] = {
-    {"refused", Severity::Refusal},
-    {"negative-speed", Severity::Warning},
-    {"ignored-speed", Severity::Warning},
-    {"missing-asset", Severity::Warning},
-    {"unused-asset", Severity::Warning},
-    {"overlap", Severity::Warning},
-    {"outside-material", Severity::Warning},
-    {"no-transition", Severity::Warning},
-    {"negative-duration", Severity::BlocksOtio},
-    {"zero-length-part", Severity::Warning},
-    {"transition-negative-length", Severity::BlocksOtio},
-    {"empty-aux-item", Severity::Warning},
+    {"refused", Severity::Refusal},          {"negative-speed", Severity::Warning},
+    {"ignored-speed", Severity::Warning},    {"missing-asset", Severity::Warning},
+    {"unused-asset", Severity::Warning},     {"overlap", Severity::Warning},
+    {"outside-material", Severity::Warning}, {"no-transition", Severity::Warning},
+    {"zero-length-part", Severity::Warning}, {"empty-aux-item", Severity::Warning},
 };
 
 constexpr const char* kAuxItemEmpty = "the aux item lasts 0 frames: ";
@@ -223,24 +217,6 @@ void CheckZeroLength(std::size_t index, const char* side, std::int64_t timelineL
   }
 }
 
-// A transition must reach forward from its cut and back to it; the engine
-// plays other values, but no interchange format can hold them.
-void CheckTransitionLength(std::size_t index, const Engine::FxTransitionItem& item, bool audio,
-                           Findings& findings) {
-  const auto& effect = item.FxTransition();
-  // Negated only when not negative, so that no offset overflows.
-  if (effect.offset >= 0 && SaturatingSum(effect.duration, -effect.offset) >= 0) {
-    return;
-  }
-  findings.AtElement(index, "transition-negative-length",
-                     "transition " + item.Id().Text() +
-                         " reaches a negative length before or after its cut (offset " +
-                         std::to_string(effect.offset) + ", duration " +
-                         std::to_string(effect.duration) + ").",
-                     {{"offset", effect.offset}, {"duration", effect.duration}},
-                     audio ? "/audioTransitionDuration" : "/videoTransitionDuration");
-}
-
 void CheckTrack(const PlaylistDocument& document, const Engine::Timeline& timeline,
                 Findings& findings) {
   std::unordered_map<std::string, std::int64_t> assetDuration;
@@ -258,10 +234,6 @@ void CheckTrack(const PlaylistDocument& document, const Engine::Timeline& timeli
         item->GetType() == Engine::FxAudioTransition) {
       const bool audio = item->GetType() == Engine::FxAudioTransition;
       (audio ? audioTransition : videoTransition) = true;
-      if (index < elements.size()) {
-        CheckTransitionLength(index, static_cast<const Engine::FxTransitionItem&>(*item), audio,
-                              findings);
-      }
       continue;
     }
     const auto& media = static_cast<const Engine::MediaSummaryItem&>(*item);
@@ -271,14 +243,6 @@ void CheckTrack(const PlaylistDocument& document, const Engine::Timeline& timeli
     const auto& element = elements[index];
     CheckTransition(index, "video", element.transitionType, videoTransition, findings);
     CheckTransition(index, "audio", element.audioTransitionType, audioTransition, findings);
-    if (media.timelineVideoDuration < 0 || media.timelineAudioDuration < 0) {
-      findings.AtElement(
-          index, "negative-duration",
-          "the media item lasts " + std::to_string(media.timelineVideoDuration) +
-              " frames (picture) and " + std::to_string(media.timelineAudioDuration) +
-              " frames (sound) on the timeline",
-          {{"picture", media.timelineVideoDuration}, {"sound", media.timelineAudioDuration}});
-    }
     CheckZeroLength(index, "picture", media.timelineVideoDuration, media.mediaVideoDuration,
                     findings);
     CheckZeroLength(index, "sound", media.timelineAudioDuration, media.mediaAudioDuration,
@@ -351,7 +315,7 @@ Severity SeverityOf(const std::string& kind) {
       return row.severity;
     }
   }
-  return Severity::Warning;
+  return ExportSeverityOf(kind);
 }
 
 std::vector<Finding> FindFindings(const PlaylistDocument& document, const Outcome& outcome) {
@@ -363,6 +327,7 @@ std::vector<Finding> FindFindings(const PlaylistDocument& document, const Outcom
     CheckAuxItem(document, outcome.timeline, findings);
   }
   auto list = findings.Take();
+  AddExportFindings(document, outcome, list);
   if (outcome.refusal) {
     list.push_back(Finding{
         "refused", Severity::Refusal, outcome.refusal->place, outcome.refusal->message, {}});

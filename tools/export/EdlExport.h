@@ -24,6 +24,7 @@ struct EdlElement {
   // The speed in force for the element (its own or the one it inherits).
   std::int32_t speedNumerator = 1;
   std::int32_t speedDenominator = 1;
+  std::size_t index = 0;  // in the document's audio-video track
 };
 
 struct EdlExportInput {

@@ -20,7 +20,7 @@ EdlExportInput EdlInputFromDocument(const PlaylistDocument& document) {
   for (const auto& [itemId, index] : labels.itemElements) {
     const SourceElement& source = labels.elements[index];
     input.elements[itemId] = EdlElement{source.number, source.itemNumber, source.speedNumerator,
-                                        source.speedDenominator};
+                                        source.speedDenominator, source.index};
   }
   for (const auto& [itemId, number] : labels.itemNumbers) {
     if (number == "aux") {
