@@ -91,6 +91,13 @@ void AddConvertOptions(CLI::App& command, CommandOptions& options) {
       .add_option("--side", options.side,
                   "With --format edl: write only the list of this side (picture, sound, aux)")
       ->check(CLI::IsMember({"picture", "sound", "aux"}));
+  command.add_option("--media-url", options.mediaUrl,
+                     "With OpenTimelineIO: where the media files are, {clip} and {asset} "
+                     "replaced (file:///media/{clip}.mxf); without it references are missing");
+  command.add_option("--report", options.report,
+                     "Also write, element by element, what the export carried exactly, "
+                     "approximated or refused (text; JSON with --errors json)");
+  command.add_flag("--compact", options.compact, "Write OpenTimelineIO JSON without indentation");
 }
 
 void AddAssetsOptions(CLI::App& command, CommandOptions& options) {

@@ -4,6 +4,7 @@
 // export that cannot hold the timeline is refused with the finding that
 // blocks it, at its place, and writes nothing either.
 #include <filesystem>
+#include <iostream>
 
 #include "analysis/ExportFindings.h"
 #include "analysis/Findings.h"
@@ -11,6 +12,7 @@
 #include "export/EdlExport.h"
 #include "export/EdlInput.h"
 #include "export/EngineJson.h"
+#include "export/ExportReport.h"
 #include "export/OtioExport.h"
 
 namespace TimelineConvert {
@@ -20,9 +22,43 @@ namespace {
 // An export refused by a finding: its message after the export's words, the
 // place on the line after it, as for the library's refusals.
 ExitStatus RefuseExport(const CommandContext& context, const std::string& what,
-                        const Finding& finding) {
+                        const Finding& finding, ExportReport& report) {
   context.report.Refused(context.inputName, Refusal{what + finding.message, finding.place});
+  ExportReportLine line{ExportReportLine::Kind::Refused, std::nullopt, finding.place.auxTrack,
+                        finding.message};
+  if (finding.place.source == DocumentPlace::Source::Element) {
+    line.element = finding.place.element;
+  }
+  report.lines.push_back(std::move(line));
   return ExitStatus::Refused;
+}
+
+// The report file when asked for, and the summary line on standard error
+// when anything was approximated; an export's own status stands unless the
+// report cannot be written.
+ExitStatus FinishReport(const CommandContext& context, const ExportReport& report,
+                        ExitStatus status) {
+  const std::string summary = report.Summary();
+  if (!summary.empty() && status == ExitStatus::Done) {
+    std::cerr << summary << '\n';
+  }
+  if (context.options.report.empty()) {
+    return status;
+  }
+  const std::string text = context.options.errors == "json"
+                               ? ExportReportJson(report, context.document)
+                               : ExportReportText(report, context.document);
+  const ExitStatus written = WriteResultTo(context, context.options.report, text);
+  return written == ExitStatus::Done ? status : written;
+}
+
+ExportReportLine ReportLine(const EdlNote& note) {
+  ExportReportLine line{ExportReportLine::Kind::Approximated, std::nullopt, note.place.aux,
+                        note.text};
+  if (note.place.element && !note.place.aux) {
+    line.element = note.place.element->index;
+  }
+  return line;
 }
 
 // Where each list goes: -o itself for one list, or files named after the
@@ -40,7 +76,7 @@ std::string ListPath(const CommandContext& context, EdlSide side, bool intoFolde
 }
 
 ExitStatus RunEdl(const CommandContext& context, const Outcome& outcome,
-                  const std::vector<Finding>& findings) {
+                  const std::vector<Finding>& findings, ExportReport& report) {
   std::vector<EdlSide> sides;
   if (!context.options.side.empty()) {
     sides.push_back(*EdlSideFromName(context.options.side));
@@ -50,7 +86,7 @@ ExitStatus RunEdl(const CommandContext& context, const Outcome& outcome,
   for (const auto& finding : findings) {
     for (const EdlSide side : sides) {
       if (finding.kind == EdlBlockingKind(side)) {
-        return RefuseExport(context, "Cannot export to an EDL: ", finding);
+        return RefuseExport(context, "Cannot export to an EDL: ", finding, report);
       }
     }
   }
@@ -71,6 +107,10 @@ ExitStatus RunEdl(const CommandContext& context, const Outcome& outcome,
   const EdlExportInput input = EdlInputFromDocument(context.document);
   for (const EdlSide side : sides) {
     const EdlResult list = TimelineToEdl(outcome.timeline, input, side);
+    for (const auto& note : list.approximations) {
+      report.lines.push_back(ReportLine(note));
+      report.lines.back().text = std::string(EdlSideName(side)) + " list: " + note.text;
+    }
     const ExitStatus written =
         WriteResultTo(context, ListPath(context, side, intoFolder), list.text);
     if (written != ExitStatus::Done) {
@@ -80,12 +120,53 @@ ExitStatus RunEdl(const CommandContext& context, const Outcome& outcome,
   return ExitStatus::Done;
 }
 
+ExitStatus RunOtio(const CommandContext& context, const Outcome& outcome,
+                   const std::vector<Finding>& findings, ExportReport& report) {
+  OtioExportOptions options = OtioOptionsFromDocument(context.document, outcome.mode);
+  options.mediaUrl = context.options.mediaUrl;
+  options.compact = context.options.compact;
+  for (const auto& finding : findings) {
+    if (finding.severity == Severity::BlocksOtio) {
+      return RefuseExport(context, "Cannot export to OpenTimelineIO: ", finding, report);
+    }
+  }
+  std::vector<OtioNote> notes;
+  std::string text;
+  try {
+    text = ExportOtio(outcome, findings, options, &notes);
+  } catch (const OtioExportRefusal& refusal) {
+    context.report.Refused(context.inputName, Refusal{refusal.what(), refusal.Place()});
+    report.lines.push_back({ExportReportLine::Kind::Refused, std::nullopt, false, refusal.what()});
+    return ExitStatus::Refused;
+  }
+  const EdlExportInput input = EdlInputFromDocument(context.document);
+  for (const auto& note : notes) {
+    ExportReportLine line{ExportReportLine::Kind::Approximated, std::nullopt,
+                          note.itemId == input.auxItemId, note.text};
+    const auto element = options.elements.find(note.itemId);
+    if (element != options.elements.end() && !line.aux) {
+      line.element = element->second.index;
+    }
+    report.lines.push_back(std::move(line));
+  }
+  return WriteResultTo(context, context.options.output, text);
+}
+
 }  // namespace
 
 ExitStatus RunConvert(const CommandContext& context) {
   const std::string format =
       ChooseFormat(context, context.options.format, {"engine", "otio", "edl"}, "engine");
   if (format.empty()) {
+    return ExitStatus::Unusable;
+  }
+  if (!context.options.side.empty() && format != "edl") {
+    ReportUsage(context,
+                "--side chooses the side of an edit decision list; the output is " + format);
+    return ExitStatus::Unusable;
+  }
+  if (!context.options.mediaUrl.empty() && format != "otio") {
+    ReportUsage(context, "--media-url applies to OpenTimelineIO; the output is " + format);
     return ExitStatus::Unusable;
   }
   const Outcome outcome = ConvertDocument(context.document, context.Mode());
@@ -98,17 +179,10 @@ ExitStatus RunConvert(const CommandContext& context) {
                        [&outcome](std::ostream& out) { WriteTimelineJson(out, outcome.timeline); });
   }
   const std::vector<Finding> findings = FindFindings(context.document, outcome);
-  if (format == "edl") {
-    return RunEdl(context, outcome, findings);
-  }
-  std::string text;
-  try {
-    text = ExportOtio(outcome, findings, OtioOptionsFromDocument(context.document, outcome.mode));
-  } catch (const OtioExportRefusal& refusal) {
-    context.report.Refused(context.inputName, Refusal{refusal.what(), refusal.Place()});
-    return ExitStatus::Refused;
-  }
-  return WriteResultTo(context, context.options.output, text);
+  ExportReport report{format, context.inputName, {}};
+  const ExitStatus status = format == "edl" ? RunEdl(context, outcome, findings, report)
+                                            : RunOtio(context, outcome, findings, report);
+  return FinishReport(context, report, status);
 }
 
 }  // namespace TimelineConvert

@@ -9,7 +9,6 @@
 #include <TimelineEngineConversion/TimelineEngineConversion.h>
 
 #include <map>
-#include <nlohmann/json.hpp>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -17,6 +16,7 @@
 
 #include "analysis/Findings.h"
 #include "analysis/Outcome.h"
+#include "export/EdlExport.h"
 
 namespace TimelineConvert {
 
@@ -44,6 +44,20 @@ struct OtioExportOptions {
   // Clip names by asset identifier; a clip whose asset has none is named by
   // the identifier itself.
   std::map<std::string, std::string> assetNames;
+  // Elements by engine item identifier: numbers for the clips' metadata and
+  // the speed in force. An item missing here takes its speed from its lengths.
+  std::map<std::string, EdlElement> elements;
+  // Where the media files are: "{clip}" and "{asset}" are replaced by the
+  // clip name and the asset identifier. Empty: a MissingReference.
+  std::string mediaUrl;
+  // JSON without indentation.
+  bool compact = false;
+};
+
+// What the document states only approximately, per engine item.
+struct OtioNote {
+  std::string itemId;
+  std::string text;
 };
 
 // The rate of the document's playlist, its clip id as the timeline's name and
@@ -52,18 +66,17 @@ OtioExportOptions OtioOptionsFromDocument(
     const PlaylistDocument& document,
     Kov::Replivo::Tollan::TimelineEngineConversion::TimelineConverter::DurationMode mode);
 
-// The document as a JSON value, keys in the order the format's own writer
-// uses. Throws OtioExportRefusal.
-nlohmann::ordered_json TimelineToOtio(const Kov::TimelineEngineModel::Timeline& timeline,
-                                      const OtioExportOptions& options);
-
-// The same, indented by four, ending in a newline.
+// The document's text, indented by four (or compact), ending in a newline.
+// Throws OtioExportRefusal. What had to be approximated is appended to
+// `approximations` when given.
 std::string TimelineToOtioText(const Kov::TimelineEngineModel::Timeline& timeline,
-                               const OtioExportOptions& options);
+                               const OtioExportOptions& options,
+                               std::vector<OtioNote>* approximations = nullptr);
 
 // The export of a converted outcome: refuses, with the first finding that
 // blocks it, what the format cannot hold; otherwise the text above.
 std::string ExportOtio(const Outcome& outcome, const std::vector<Finding>& findings,
-                       const OtioExportOptions& options);
+                       const OtioExportOptions& options,
+                       std::vector<OtioNote>* approximations = nullptr);
 
 }  // namespace TimelineConvert
