@@ -97,7 +97,7 @@ void FindEdlBlocks(const PlaylistDocument& document, const Engine::Timeline& tim
                    std::vector<Finding>& findings) {
   const EdlExportInput input = EdlInputFromDocument(document);
   for (const EdlSide side : EdlSidesOf(timeline)) {
-    const EdlResult result = TimelineToEdl(timeline, input, side);
+    const EdlResult result = TimelineToEdl(timeline, input, side, true);
     for (const auto& problem : result.problems) {
       // The place names the element; an item it does not know is named here.
       const std::string what = problem.place.itemId.empty() ? problem.text

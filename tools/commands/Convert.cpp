@@ -131,9 +131,8 @@ ExitStatus RunOtio(const CommandContext& context, const Outcome& outcome,
     }
   }
   std::vector<OtioNote> notes;
-  std::string text;
   try {
-    text = ExportOtio(outcome, findings, options, &notes);
+    CheckOtio(outcome, findings, options, &notes);
   } catch (const OtioExportRefusal& refusal) {
     context.report.Refused(context.inputName, Refusal{refusal.what(), refusal.Place()});
     report.lines.push_back({ExportReportLine::Kind::Refused, std::nullopt, false, refusal.what()});
@@ -149,7 +148,9 @@ ExitStatus RunOtio(const CommandContext& context, const Outcome& outcome,
     }
     report.lines.push_back(std::move(line));
   }
-  return WriteResultTo(context, context.options.output, text);
+  const ExitStatus status =
+      WriteResult(context, [&](std::ostream& out) { WriteOtio(out, outcome.timeline, options); });
+  return status;
 }
 
 }  // namespace

@@ -62,8 +62,13 @@ std::string Frames(std::int64_t count) {
 class SideWriter {
  public:
   SideWriter(const Engine::Timeline& timeline, const EdlExportInput& input, EdlSide side,
-             const TimecodeBase& base)
-      : timeline_(timeline), input_(input), side_(side), traits_(TraitsOf(side)), base_(base) {
+             const TimecodeBase& base, bool problemsOnly)
+      : timeline_(timeline),
+        input_(input),
+        side_(side),
+        traits_(TraitsOf(side)),
+        base_(base),
+        problemsOnly_(problemsOnly) {
     for (const auto& info : timeline.mediaInfos) {
       mediaInfos_.emplace(info.id.Text(), &info);  // the first of equal ids wins
     }
@@ -77,7 +82,7 @@ class SideWriter {
     EdlResult result;
     result.problems = std::move(problems_);
     result.approximations = std::move(approximations_);
-    if (result.problems.empty()) {
+    if (result.problems.empty() && !problemsOnly_) {
       result.text = EdlListText(input_.title, side_, base_, events_, result.approximations);
     }
     return result;
@@ -101,6 +106,9 @@ class SideWriter {
   }
 
   void Approximate(const EdlPlace& place, std::string text) {
+    if (problemsOnly_) {
+      return;
+    }
     approximations_.push_back({place, std::move(text)});
   }
 
@@ -364,6 +372,7 @@ class SideWriter {
   EdlSide side_;
   SideTraits traits_;
   TimecodeBase base_;
+  bool problemsOnly_;
   std::unordered_map<std::string, const Engine::MediaInfo*> mediaInfos_;
   std::vector<EdlEvent> events_;
   std::vector<EdlNote> problems_;
@@ -393,8 +402,8 @@ std::vector<EdlSide> EdlSidesOf(const Engine::Timeline& timeline) {
   return sides;
 }
 
-EdlResult TimelineToEdl(const Engine::Timeline& timeline, const EdlExportInput& input,
-                        EdlSide side) {
+EdlResult TimelineToEdl(const Engine::Timeline& timeline, const EdlExportInput& input, EdlSide side,
+                        bool problemsOnly) {
   const auto base = TimecodeBaseOf(input.rate);
   if (!base) {
     EdlResult result;
@@ -406,7 +415,7 @@ EdlResult TimelineToEdl(const Engine::Timeline& timeline, const EdlExportInput& 
                                    std::to_string(kMostFramesPerSecond) + " frames a second)."});
     return result;
   }
-  return SideWriter(timeline, input, side, *base).Write();
+  return SideWriter(timeline, input, side, *base, problemsOnly).Write();
 }
 
 }  // namespace TimelineConvert

@@ -79,7 +79,9 @@ std::vector<EdlSide> EdlSidesOf(const Kov::TimelineEngineModel::Timeline& timeli
 
 // The list of one side. Throws nothing but std::bad_alloc, whatever the
 // timeline and input hold.
+// `problemsOnly`: find the problems alone, without the text and the
+// approximations, which a check does not need and a long timeline has many of.
 EdlResult TimelineToEdl(const Kov::TimelineEngineModel::Timeline& timeline,
-                        const EdlExportInput& input, EdlSide side);
+                        const EdlExportInput& input, EdlSide side, bool problemsOnly = false);
 
 }  // namespace TimelineConvert

@@ -117,6 +117,9 @@ void JsonText::BeforeValue() {
 }
 
 JsonText& JsonText::Key(const char* name) {
+  if (discard_) {
+    return *this;
+  }
   BeforeValue();
   AppendJsonString(out_, name);
   out_ += compact_ ? ":" : ": ";
@@ -125,6 +128,9 @@ JsonText& JsonText::Key(const char* name) {
 }
 
 JsonText& JsonText::Open(char bracket) {
+  if (discard_) {
+    return *this;
+  }
   BeforeValue();
   out_ += bracket;
   empty_.push_back(true);
@@ -132,6 +138,9 @@ JsonText& JsonText::Open(char bracket) {
 }
 
 JsonText& JsonText::Close(char bracket) {
+  if (discard_) {
+    return *this;
+  }
   const bool wasEmpty = empty_.back();
   empty_.pop_back();
   if (!wasEmpty) {
@@ -142,12 +151,18 @@ JsonText& JsonText::Close(char bracket) {
 }
 
 JsonText& JsonText::String(const std::string& text) {
+  if (discard_) {
+    return *this;
+  }
   BeforeValue();
   AppendJsonString(out_, text);
   return *this;
 }
 
 JsonText& JsonText::Integer(std::int64_t value) {
+  if (discard_) {
+    return *this;
+  }
   BeforeValue();
   char digits[24];
   const auto end = std::to_chars(digits, digits + sizeof digits, value).ptr;
@@ -156,6 +171,9 @@ JsonText& JsonText::Integer(std::int64_t value) {
 }
 
 JsonText& JsonText::Real(double value) {
+  if (discard_) {
+    return *this;
+  }
   BeforeValue();
   if (!std::isfinite(value)) {
     out_ += "null";
@@ -172,12 +190,18 @@ JsonText& JsonText::Real(double value) {
 }
 
 JsonText& JsonText::Bool(bool value) {
+  if (discard_) {
+    return *this;
+  }
   BeforeValue();
   out_ += value ? "true" : "false";
   return *this;
 }
 
 JsonText& JsonText::Null() {
+  if (discard_) {
+    return *this;
+  }
   BeforeValue();
   out_ += "null";
   return *this;

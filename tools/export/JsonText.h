@@ -12,7 +12,9 @@ namespace TimelineConvert {
 class JsonText {
  public:
   // `compact`: no spaces or line breaks; otherwise indented by four.
-  JsonText(std::string& out, bool compact) : out_(out), compact_(compact) {}
+  // `discard`: write nothing at all (a dry run of a writer's checks).
+  JsonText(std::string& out, bool compact, bool discard = false)
+      : out_(out), compact_(compact), discard_(discard) {}
 
   JsonText& Key(const char* name);
   JsonText& BeginObject() { return Open('{'); }
@@ -38,6 +40,7 @@ class JsonText {
 
   std::string& out_;
   bool compact_;
+  bool discard_;
   bool afterKey_ = false;
   std::vector<bool> empty_;  // per open container: nothing written in it yet
 };

@@ -12,6 +12,7 @@
 #include <cstdlib>
 #include <numeric>
 #include <optional>
+#include <sstream>
 #include <unordered_map>
 
 #include "document/PlaylistDocument.h"
@@ -28,6 +29,8 @@ using Kov::Replivo::Tollan::TimelineEngineConversion::TimelineConverter;
 constexpr const char* kEngineFields = "timeline_engine";
 constexpr const char* kMediaKey = "DEFAULT_MEDIA";
 constexpr std::int32_t kOverlappingKind = 2;
+// The text handed on at a time: large enough that writing costs little.
+constexpr std::size_t kBlockSize = 1 << 20;
 
 enum class Side { Picture, Sound };
 
@@ -124,12 +127,14 @@ struct SideTrackPlan {
 
 class DocumentWriter {
  public:
+  // Writes into `sink` when given, a block at a time; only checks otherwise.
   DocumentWriter(const Engine::Timeline& timeline, const OtioExportOptions& options,
-                 std::vector<OtioNote>* approximations, std::string& out)
+                 std::vector<OtioNote>* approximations, std::ostream* sink)
       : timeline_(timeline),
         options_(options),
         approximations_(approximations),
-        json_(out, options.compact),
+        sink_(sink),
+        json_(buffer_, options.compact, sink == nullptr),
         rate_(static_cast<double>(options.rate.numerator) /
               static_cast<double>(options.rate.denominator)) {
     for (const auto& info : timeline.mediaInfos) {
@@ -180,9 +185,19 @@ class DocumentWriter {
       SideTrack(timeline_.tracks[plan.index], plan.index, plan.side);
     }
     json_.EndArray().EndObject().EndObject();
+    buffer_ += '\n';
+    Drain(0);
   }
 
  private:
+  // Hands the text written so far to the sink once it holds `atLeast` bytes.
+  void Drain(std::size_t atLeast) {
+    if (sink_ != nullptr && buffer_.size() >= atLeast) {
+      sink_->write(buffer_.data(), static_cast<std::streamsize>(buffer_.size()));
+      buffer_.clear();
+    }
+  }
+
   void Time(std::int64_t frames) {
     json_.BeginObject().Member("OTIO_SCHEMA", "RationalTime.1");
     json_.Key("rate").Real(rate_).Key("value").Real(static_cast<double>(frames)).EndObject();
@@ -341,6 +356,7 @@ class DocumentWriter {
       }
       pending = nullptr;
       Clip(*media, side, part, overlap, leftOut);
+      Drain(kBlockSize);
       trackEnd = end;
     }
     if (pending != nullptr) {
@@ -534,6 +550,8 @@ class DocumentWriter {
   const Engine::Timeline& timeline_;
   const OtioExportOptions& options_;
   std::vector<OtioNote>* approximations_;
+  std::ostream* sink_;
+  std::string buffer_;
   JsonText json_;
   double rate_;
   std::int64_t length_ = 0;
@@ -554,26 +572,42 @@ OtioExportOptions OtioOptionsFromDocument(const PlaylistDocument& document,
   return options;
 }
 
-std::string TimelineToOtioText(const Engine::Timeline& timeline, const OtioExportOptions& options,
-                               std::vector<OtioNote>* approximations) {
+namespace {
+
+void CheckRate(const OtioExportOptions& options) {
   if (options.rate.numerator <= 0 || options.rate.denominator <= 0) {
     Refuse("the rate " + std::to_string(options.rate.numerator) + "/" +
            std::to_string(options.rate.denominator) + " is not a positive frame rate.");
   }
-  std::string text;
-  DocumentWriter(timeline, options, approximations, text).Document();
-  text += '\n';
-  return text;
 }
 
-std::string ExportOtio(const Outcome& outcome, const std::vector<Finding>& findings,
-                       const OtioExportOptions& options, std::vector<OtioNote>* approximations) {
+}  // namespace
+
+std::string TimelineToOtioText(const Engine::Timeline& timeline, const OtioExportOptions& options,
+                               std::vector<OtioNote>* approximations) {
+  CheckRate(options);
+  DocumentWriter(timeline, options, approximations, nullptr).Document();
+  std::ostringstream text;
+  DocumentWriter(timeline, options, nullptr, &text).Document();
+  return text.str();
+}
+
+void WriteOtio(std::ostream& out, const Engine::Timeline& timeline,
+               const OtioExportOptions& options) {
+  CheckRate(options);
+  DocumentWriter(timeline, options, nullptr, nullptr).Document();
+  DocumentWriter(timeline, options, nullptr, &out).Document();
+}
+
+void CheckOtio(const Outcome& outcome, const std::vector<Finding>& findings,
+               const OtioExportOptions& options, std::vector<OtioNote>* approximations) {
   for (const auto& finding : findings) {
     if (finding.severity == Severity::BlocksOtio) {
       throw OtioExportRefusal("Cannot export to OpenTimelineIO: " + finding.message, finding.place);
     }
   }
-  return TimelineToOtioText(outcome.timeline, options, approximations);
+  CheckRate(options);
+  DocumentWriter(outcome.timeline, options, approximations, nullptr).Document();
 }
 
 }  // namespace TimelineConvert

@@ -9,6 +9,7 @@
 #include <TimelineEngineConversion/TimelineEngineConversion.h>
 
 #include <map>
+#include <ostream>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -73,10 +74,17 @@ std::string TimelineToOtioText(const Kov::TimelineEngineModel::Timeline& timelin
                                const OtioExportOptions& options,
                                std::vector<OtioNote>* approximations = nullptr);
 
-// The export of a converted outcome: refuses, with the first finding that
-// blocks it, what the format cannot hold; otherwise the text above.
-std::string ExportOtio(const Outcome& outcome, const std::vector<Finding>& findings,
-                       const OtioExportOptions& options,
-                       std::vector<OtioNote>* approximations = nullptr);
+// The same, written into `out` a block at a time, so that memory stays small
+// whatever the size of the timeline. Throws OtioExportRefusal before
+// writing anything: the timeline is walked once without writing first.
+void WriteOtio(std::ostream& out, const Kov::TimelineEngineModel::Timeline& timeline,
+               const OtioExportOptions& options);
+
+// The checks of an export of a converted outcome: refuses, with the first
+// finding that blocks it or the first problem met, what the format cannot
+// hold; appends what it approximates to `approximations` when given. Then
+// WriteOtio writes it.
+void CheckOtio(const Outcome& outcome, const std::vector<Finding>& findings,
+               const OtioExportOptions& options, std::vector<OtioNote>* approximations = nullptr);
 
 }  // namespace TimelineConvert
