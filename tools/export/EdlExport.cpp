@@ -115,16 +115,20 @@ class SideWriter {
   // Every frame an event names needs a label between 00:00:00:00 and the end
   // of the 24th hour.
   void CheckTimecodes() {
-    const std::int64_t end = FramesIn24Hours(base_);
     for (const auto& event : events_) {
-      if (event.sourceIn < 0) {
-        Problem(event.place, "starts its media at frame " + std::to_string(event.sourceIn) +
-                                 ", before its recorded material.");
-      } else if (event.recordIn >= 0 && std::max(event.recordOut, event.sourceOut) >= end) {
-        Problem(event.place,
-                "reaches frame " + std::to_string(std::max(event.recordOut, event.sourceOut)) +
-                    ", beyond the " + Frames(end) + " of 24 hours that timecode labels.");
-      }
+      CheckTimecode(event);
+    }
+  }
+
+  void CheckTimecode(const EdlEvent& event) {
+    const std::int64_t end = FramesIn24Hours(base_);
+    if (event.sourceIn < 0) {
+      Problem(event.place, "starts its media at frame " + std::to_string(event.sourceIn) +
+                               ", before its recorded material.");
+    } else if (event.recordIn >= 0 && std::max(event.recordOut, event.sourceOut) >= end) {
+      Problem(event.place,
+              "reaches frame " + std::to_string(std::max(event.recordOut, event.sourceOut)) +
+                  ", beyond the " + Frames(end) + " of 24 hours that timecode labels.");
     }
   }
 
@@ -217,6 +221,12 @@ class SideWriter {
     ReadSpeed(event);
     Place(event, incoming);
     events_.push_back(std::move(event));
+    // Only the event before the next one matters to it; a check that writes
+    // no text keeps no more, so that it costs the same at any length.
+    if (problemsOnly_ && events_.size() > 2) {
+      CheckTimecode(events_.front());
+      events_.erase(events_.begin());
+    }
   }
 
   // The speed is the element's, or the ratio of media and timeline lengths

@@ -13,6 +13,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 namespace TimelineConvert {
@@ -38,7 +39,7 @@ struct EdlExportInput {
   // Elements by engine item identifier (media and transition items). An item
   // missing here is named by its identifier and its speed is read from its
   // media and timeline lengths.
-  std::map<std::string, EdlElement> elements;
+  std::unordered_map<std::string, EdlElement> elements;
   // The aux clip's engine item, named as the aux clip.
   std::string auxItemId;
 };

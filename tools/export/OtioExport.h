@@ -12,6 +12,7 @@
 #include <ostream>
 #include <stdexcept>
 #include <string>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -47,7 +48,7 @@ struct OtioExportOptions {
   std::map<std::string, std::string> assetNames;
   // Elements by engine item identifier: numbers for the clips' metadata and
   // the speed in force. An item missing here takes its speed from its lengths.
-  std::map<std::string, EdlElement> elements;
+  std::unordered_map<std::string, EdlElement> elements;
   // Where the media files are: "{clip}" and "{asset}" are replaced by the
   // clip name and the asset identifier. Empty: a MissingReference.
   std::string mediaUrl;
