@@ -97,7 +97,8 @@ void AddConvertOptions(CLI::App& command, CommandOptions& options) {
   command.add_option("--report", options.report,
                      "Also write, element by element, what the export carried exactly, "
                      "approximated or refused (text; JSON with --errors json)");
-  command.add_flag("--compact", options.compact, "Write OpenTimelineIO JSON without indentation");
+  command.add_flag("--compact", options.compact,
+                   "Write the JSON (engine or OpenTimelineIO) without indentation");
 }
 
 void AddAssetsOptions(CLI::App& command, CommandOptions& options) {

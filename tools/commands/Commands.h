@@ -5,6 +5,7 @@
 
 #include <functional>
 #include <ostream>
+#include <streambuf>
 #include <string>
 #include <vector>
 
@@ -61,6 +62,25 @@ std::string FormatOfFileName(const std::string& path);
 // command cannot write that format.
 std::string ChooseFormat(const CommandContext& context, const std::string& asked,
                          const std::vector<std::string>& writable, const std::string& fallback);
+
+// Passes indented JSON on without the whitespace between its tokens, so that
+// any writer's output can be made compact as it streams.
+class CompactJsonBuffer : public std::streambuf {
+ public:
+  explicit CompactJsonBuffer(std::ostream& out) : out_(out) {}
+
+ protected:
+  int_type overflow(int_type next) override;
+  std::streamsize xsputn(const char* text, std::streamsize count) override;
+
+ private:
+  // Whether `c` stays: anything inside a string, no whitespace outside.
+  bool Keep(char c);
+  std::ostream& out_;
+  std::string kept_;
+  bool inString_ = false;
+  bool escaped_ = false;
+};
 
 // A failure of the command line found by a command, as a sentence or JSON.
 void ReportUsage(const CommandContext& context, const std::string& message);

@@ -176,8 +176,23 @@ ExitStatus RunConvert(const CommandContext& context) {
     return ExitStatus::Refused;
   }
   if (format == "engine") {
-    return WriteResult(context,
-                       [&outcome](std::ostream& out) { WriteTimelineJson(out, outcome.timeline); });
+    if (!context.options.report.empty()) {
+      ReportUsage(context,
+                  "--report lists what an interchange export (otio, edl) approximates; "
+                  "engine JSON carries everything");
+      return ExitStatus::Unusable;
+    }
+    return WriteResult(context, [&](std::ostream& out) {
+      if (!context.options.compact) {
+        WriteTimelineJson(out, outcome.timeline);
+        return;
+      }
+      CompactJsonBuffer compact(out);
+      std::ostream compactOut(&compact);
+      WriteTimelineJson(compactOut, outcome.timeline);
+      compactOut.flush();
+      out << '\n';
+    });
   }
   const std::vector<Finding> findings = FindFindings(context.document, outcome);
   ExportReport report{format, context.inputName, {}};

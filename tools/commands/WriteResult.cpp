@@ -103,6 +103,41 @@ std::string ChooseFormat(const CommandContext& context, const std::string& asked
   return format;
 }
 
+bool CompactJsonBuffer::Keep(char c) {
+  if (inString_) {
+    inString_ = escaped_ || c != '"';
+    escaped_ = !escaped_ && c == '\\';
+    return true;
+  }
+  if (c == ' ' || c == '\n' || c == '\t' || c == '\r') {
+    return false;
+  }
+  inString_ = c == '"';
+  return true;
+}
+
+CompactJsonBuffer::int_type CompactJsonBuffer::overflow(int_type next) {
+  if (!traits_type::eq_int_type(next, traits_type::eof())) {
+    const char c = traits_type::to_char_type(next);
+    if (Keep(c)) {
+      out_.put(c);
+    }
+  }
+  return out_ ? traits_type::not_eof(next) : traits_type::eof();
+}
+
+// The kept characters of a piece go on in one write.
+std::streamsize CompactJsonBuffer::xsputn(const char* text, std::streamsize count) {
+  kept_.clear();
+  for (std::streamsize index = 0; index < count; ++index) {
+    if (Keep(text[index])) {
+      kept_ += text[index];
+    }
+  }
+  out_.write(kept_.data(), static_cast<std::streamsize>(kept_.size()));
+  return out_ ? count : 0;
+}
+
 void ReportUsage(const CommandContext& context, const std::string& message) {
   if (context.options.errors == "json") {
     std::cerr << "{\"status\":\"usage\",\"message\":" << JsonString(message) << "}\n";

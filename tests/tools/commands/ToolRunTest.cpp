@@ -101,6 +101,13 @@ const ToolCase kRows[] = {
      "in the aux track (clip COMMENT-01): carried exactly\n1 approximated\n"},
     {"ReportAsJson", kCopyExamples, "convert h.json -o x.otio --report r.json --errors json", 0, "",
      "", "grep -c '\"carried\":\"exact\"' r.json", "5\n"},
+    {"EngineJsonCompact", kCopyExamples, "convert h.json --compact -o c.json", 0, "", "",
+     "wc -l < c.json; python3 -c 'import json, sys; print(json.load(open(\"c.json\")) == "
+     "json.load(open(sys.argv[1])))' \"$SRC\"/tests/tools/golden/highlight.timeline.json",
+     "1\nTrue\n"},
+    {"ReportOnlyForInterchange", kCopyExamples, "convert h.json --report r.txt", 1, "",
+     kName + "--report lists what an interchange export (otio, edl) approximates; engine JSON "
+             "carries everything\n"},
     {"MediaUrlsAndCompact", kCopyExamples,
      "convert h.json -o x.otio --compact --media-url 'file:///m/{clip}.mxf'", 0, "", "",
      "wc -l < x.otio; grep -o '\"target_url\":\"[^\"]*\"' x.otio | sort -u",

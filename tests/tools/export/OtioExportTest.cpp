@@ -1,6 +1,7 @@
 // OpenTimelineIO export: each mapping rule and refusal on a small hand-worked
 // track, and the shipped example against the golden .otio and the engine's
-// places. The schemas are checked by the OtioSchema test (docs/otio.schema.json).
+// places, and the JSON text writer under it. The schemas are checked by the
+// OtioSchema test (docs/otio.schema.json).
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -9,6 +10,7 @@
 
 #include "ToolTestSupport.h"
 #include "document/PlaylistDocument.h"
+#include "export/JsonText.h"
 #include "export/OtioExport.h"
 
 namespace {
@@ -240,6 +242,47 @@ TEST(OtioExport, WholeFramesExactSpeedsPaddedTracksAndReferences) {
     }
     EXPECT_EQ(actual, test.expected);
   }
+}
+
+}  // namespace
+
+namespace {
+
+// Strings reach the document as valid JSON whatever bytes an identifier holds.
+TEST(JsonText, EscapesControlsAndReplacesWhatIsNotUtf8) {
+  const std::string replacement = "\xEF\xBF\xBD";
+  const std::pair<std::string, std::string> cases[] = {
+      {"a \"b\" \\", "\"a \\\"b\\\" \\\\\""},
+      {"\x01\n\t", "\"\\u0001\\n\\t\""},
+      {"caf\xC3\xA9 \xE2\x82\xAC \xF0\x9F\x8E\xAC",
+       "\"caf\xC3\xA9 \xE2\x82\xAC \xF0\x9F\x8E\xAC\""},
+      {"a\x80z", "\"a" + replacement + "z\""},                // a lone continuation byte
+      {"\xC0\xAF", "\"" + replacement + replacement + "\""},  // an overlong form
+      {"\xED\xA0\x80", "\"" + replacement + replacement + replacement + "\""},  // a surrogate
+      {"\xE2\x82", "\"" + replacement + replacement + "\""},                    // cut short
+  };
+  for (const auto& test : cases) {
+    SCOPED_TRACE(test.first);
+    std::string out;
+    TimelineConvert::AppendJsonString(out, test.first);
+    EXPECT_EQ(out, test.second);
+  }
+}
+
+TEST(JsonText, IndentsByFourOrWritesCompact) {
+  const auto write = [](bool compact) {
+    std::string out;
+    TimelineConvert::JsonText json(out, compact);
+    json.BeginObject().Key("empty").BeginArray().EndArray().Key("rate").Real(50);
+    json.Key("ntsc").Real(30000.0 / 1001).Key("list").BeginArray().Integer(-1).Null().EndArray();
+    json.EndObject();
+    return out;
+  };
+  EXPECT_EQ(write(false),
+            "{\n    \"empty\": [],\n    \"rate\": 50.0,\n    \"ntsc\": 29.97002997002997,\n"
+            "    \"list\": [\n        -1,\n        null\n    ]\n}");
+  EXPECT_EQ(write(true),
+            "{\"empty\":[],\"rate\":50.0,\"ntsc\":29.97002997002997,\"list\":[-1,null]}");
 }
 
 }  // namespace
