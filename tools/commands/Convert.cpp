@@ -134,8 +134,17 @@ ExitStatus RunOtio(const CommandContext& context, const Outcome& outcome,
   try {
     CheckOtio(outcome, findings, options, &notes);
   } catch (const OtioExportRefusal& refusal) {
-    context.report.Refused(context.inputName, Refusal{refusal.what(), refusal.Place()});
-    report.lines.push_back({ExportReportLine::Kind::Refused, std::nullopt, false, refusal.what()});
+    // A problem met while walking the timeline names its engine item: placed
+    // at that item's element, like a finding.
+    DocumentPlace place = refusal.Place();
+    std::optional<std::size_t> element;
+    const auto known = options.elements.find(refusal.ItemId());
+    if (place.pointer.empty() && known != options.elements.end()) {
+      element = known->second.index;
+      place = DocumentPlace::Element(context.document, *element);
+    }
+    context.report.Refused(context.inputName, Refusal{refusal.what(), place});
+    report.lines.push_back({ExportReportLine::Kind::Refused, element, false, refusal.what()});
     return ExitStatus::Refused;
   }
   const EdlExportInput input = EdlInputFromDocument(context.document);

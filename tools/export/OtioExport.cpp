@@ -62,8 +62,9 @@ Part PartOf(const Engine::MediaSummaryItem& item, Side side) {
           item.mediaAudioDuration};
 }
 
-[[noreturn]] void Refuse(const std::string& reason) {
-  throw OtioExportRefusal("Cannot export to OpenTimelineIO: " + reason);
+// `itemId`: the engine item the reason names, so that a caller can place it.
+[[noreturn]] void Refuse(const std::string& reason, const std::string& itemId = "") {
+  throw OtioExportRefusal("Cannot export to OpenTimelineIO: " + reason, {}, itemId);
 }
 
 // Engine values are whatever a caller put there; sums that leave the 64-bit
@@ -71,7 +72,7 @@ Part PartOf(const Engine::MediaSummaryItem& item, Side side) {
 std::int64_t Add(std::int64_t a, std::int64_t b, const std::string& itemId) {
   std::int64_t sum = 0;
   if (__builtin_add_overflow(a, b, &sum)) {
-    Refuse("the frame numbers of item " + itemId + " leave the 64-bit range.");
+    Refuse("the frame numbers of item " + itemId + " leave the 64-bit range.", itemId);
   }
   return sum;
 }
@@ -79,7 +80,7 @@ std::int64_t Add(std::int64_t a, std::int64_t b, const std::string& itemId) {
 std::int64_t Multiply(std::int64_t a, std::int64_t b, const std::string& itemId) {
   std::int64_t product = 0;
   if (__builtin_mul_overflow(a, b, &product)) {
-    Refuse("the frame numbers of item " + itemId + " leave the 64-bit range.");
+    Refuse("the frame numbers of item " + itemId + " leave the 64-bit range.", itemId);
   }
   return product;
 }
@@ -293,7 +294,8 @@ class DocumentWriter {
       if (transition != nullptr && type == traits.transitionType) {
         if (pending != nullptr) {
           Refuse("transition " + id + " follows transition " + pending->Id().Text() +
-                 " without a media item between them.");
+                     " without a media item between them.",
+                 id);
         }
         CheckTransition(*transition);
         pending = transition;
@@ -305,17 +307,20 @@ class DocumentWriter {
       }
       if (media == nullptr || type != Engine::MediaSummary) {
         Refuse("item " + id + " of engine " + trackName + " has the unknown type " +
-               std::to_string(static_cast<std::int32_t>(type)) + ".");
+                   std::to_string(static_cast<std::int32_t>(type)) + ".",
+               id);
       }
       const Part part = PartOf(*media, side);
       if (part.timelineDuration < 0) {
         Refuse("item " + id + " has a negative " + traits.name + " length (" +
-               std::to_string(part.timelineDuration) + " frames).");
+                   std::to_string(part.timelineDuration) + " frames).",
+               id);
       }
       if (part.timelineDuration == 0) {
         if (pending != nullptr) {
           Refuse("transition " + pending->Id().Text() + " leads into item " + id +
-                 ", which has no " + traits.name + ".");
+                     ", which has no " + traits.name + ".",
+                 id);
         }
         continue;
       }
@@ -327,18 +332,21 @@ class DocumentWriter {
       const std::int64_t end = Add(part.timelineIn, part.timelineDuration, id);
       if (end < start) {
         Refuse("item " + id + " is shorter on the " + traits.name + " side (" +
-               std::to_string(part.timelineDuration) + " frames) than the " +
-               std::to_string(overlap) + " frames its transition " + pending->Id().Text() +
-               " overlaps.");
+                   std::to_string(part.timelineDuration) + " frames) than the " +
+                   std::to_string(overlap) + " frames its transition " + pending->Id().Text() +
+                   " overlaps.",
+               id);
       }
       if (start < 0) {
         Refuse("item " + id + " starts its " + traits.name + " before frame 0, at frame " +
-               std::to_string(start) + ".");
+                   std::to_string(start) + ".",
+               id);
       }
       if (start < trackEnd) {
         Refuse("item " + id + " overlaps the " + traits.name + " before it: it starts at frame " +
-               std::to_string(start) + ", the previous " + traits.name + " ends at frame " +
-               std::to_string(trackEnd) + ".");
+                   std::to_string(start) + ", the previous " + traits.name + " ends at frame " +
+                   std::to_string(trackEnd) + ".",
+               id);
       }
       if (start > trackEnd) {
         Gap(start - trackEnd);
@@ -361,7 +369,8 @@ class DocumentWriter {
     }
     if (pending != nullptr) {
       Refuse("transition " + pending->Id().Text() + " at the end of engine " + trackName +
-             " has no media item after it.");
+                 " has no media item after it.",
+             pending->Id().Text());
     }
     if (trackEnd < length_) {
       Gap(length_ - trackEnd);
@@ -375,9 +384,10 @@ class DocumentWriter {
     if (effect.offset < 0 || __builtin_sub_overflow(effect.duration, effect.offset, &afterCut) ||
         afterCut < 0) {
       Refuse("transition " + item.Id().Text() +
-             " reaches a negative length before or after its cut (offset " +
-             std::to_string(effect.offset) + ", duration " + std::to_string(effect.duration) +
-             ").");
+                 " reaches a negative length before or after its cut (offset " +
+                 std::to_string(effect.offset) + ", duration " + std::to_string(effect.duration) +
+                 ").",
+             item.Id().Text());
     }
   }
 

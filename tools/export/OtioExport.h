@@ -27,13 +27,17 @@ namespace TimelineConvert {
 // overlapping transition, ...). The text names the item.
 class OtioExportRefusal : public std::runtime_error {
  public:
-  explicit OtioExportRefusal(const std::string& message, DocumentPlace place = {})
-      : std::runtime_error(message), place_(std::move(place)) {}
+  explicit OtioExportRefusal(const std::string& message, DocumentPlace place = {},
+                             std::string itemId = "")
+      : std::runtime_error(message), place_(std::move(place)), itemId_(std::move(itemId)) {}
   // The place in the document, when a finding names it.
   const DocumentPlace& Place() const { return place_; }
+  // The engine item the message names, when it names one.
+  const std::string& ItemId() const { return itemId_; }
 
  private:
   DocumentPlace place_;
+  std::string itemId_;
 };
 
 struct OtioExportOptions {
