@@ -128,13 +128,27 @@ void AddConversionOptions(CLI::App& command, CommandOptions& options, const char
 }
 
 void AddConvertOptions(CLI::App& command, CommandOptions& options) {
-  AddConversionOptions(command, options, "Where to write the timeline JSON; - is standard output");
+  AddConversionOptions(command, options,
+                       "Where to write the timeline; - is standard output; its extension "
+                       "(.json, .otio, .edl) picks the format; a folder takes one EDL per side");
   command
       .add_option("--format", options.format,
                   "engine: the engine model as JSON; otio: an OpenTimelineIO document "
-                  "(docs/otio.md)")
-      ->check(CLI::IsMember({"engine", "otio"}))
-      ->capture_default_str();
+                  "(docs/otio.md); edl: CMX 3600 edit decision lists (docs/edl.md). Default: "
+                  "by the output's extension, else engine")
+      ->check(CLI::IsMember({"engine", "otio", "edl"}));
+  command
+      .add_option("--side", options.side,
+                  "With --format edl: write only the list of this side (picture, sound, aux)")
+      ->check(CLI::IsMember({"picture", "sound", "aux"}));
+  command.add_option("--media-url", options.mediaUrl,
+                     "With OpenTimelineIO: where the media files are, {clip} and {asset} "
+                     "replaced (file:///media/{clip}.mxf); without it references are missing");
+  command.add_option("--report", options.report,
+                     "Also write, element by element, what the export carried exactly, "
+                     "approximated or refused (text; JSON with --errors json)");
+  command.add_flag("--compact", options.compact,
+                   "Write the JSON (engine or OpenTimelineIO) without indentation");
 }
 
 void AddAssetsOptions(CLI::App& command, CommandOptions& options) {
@@ -203,8 +217,10 @@ struct CommandRow {
 };
 
 const CommandRow kCommands[] = {
-    {"convert", "Convert the playlist and write the timeline as JSON", AddConvertOptions,
-     RunConvert},
+    {"convert",
+     "Convert the playlist and write the timeline as engine JSON, OpenTimelineIO or CMX 3600 "
+     "edit decision lists",
+     AddConvertOptions, RunConvert},
     {"assets",
      "List the asset identifiers the playlist uses, in the library's order (aux clip first, "
      "repeats kept), one per line: identifier, clip id, present or missing in the document",

@@ -5,6 +5,7 @@
 // items, so that they stay linear in the size of the playlist.
 #include "analysis/Findings.h"
 
+#include "analysis/ExportFindings.h"
 #include "analysis/FindingList.h"
 
 namespace TimelineConvert {
@@ -33,9 +34,7 @@ constexpr KindRow kKinds[] = {
     {"overlap", Severity::Warning},
     {"outside-material", Severity::Warning},
     {"no-transition", Severity::Warning},
-    {"negative-duration", Severity::BlocksOtio},
     {"zero-length-part", Severity::Warning},
-    {"transition-negative-length", Severity::BlocksOtio},
     {"empty-aux-item", Severity::Warning},
     {"av-drift", Severity::Warning},
     {"speed-zero-denominator", Severity::Warning},
@@ -81,7 +80,7 @@ Severity SeverityOf(const std::string& kind) {
       return row.severity;
     }
   }
-  return Severity::Warning;
+  return ExportSeverityOf(kind);
 }
 
 std::vector<Finding> FindFindings(const PlaylistDocument& document, const Outcome& outcome,
@@ -97,6 +96,7 @@ std::vector<Finding> FindFindings(const PlaylistDocument& document, const Outcom
     CheckAuxItem(findings, outcome.timeline);
   }
   auto list = findings.Take();
+  AddExportFindings(document, outcome, list);
   if (outcome.refusal && outcome.refusal->explanation) {
     const auto& explanation = *outcome.refusal->explanation;
     list.push_back(Finding{explanation.kind, Severity::Refusal, explanation.place,

@@ -100,24 +100,6 @@ void CheckZeroLength(std::size_t index, const char* side, std::int64_t timelineL
   }
 }
 
-// A transition must reach forward from its cut and back to it; the engine
-// plays other values, but no interchange format can hold them.
-void CheckTransitionLength(std::size_t index, const Engine::FxTransitionItem& item, bool audio,
-                           FindingList& findings) {
-  const auto& effect = item.FxTransition();
-  // Negated only when not negative, so that no offset overflows.
-  if (effect.offset >= 0 && SaturatingSum(effect.duration, -effect.offset) >= 0) {
-    return;
-  }
-  findings.AtElement(index, "transition-negative-length",
-                     "transition " + item.Id().Text() +
-                         " reaches a negative length before or after its cut (offset " +
-                         std::to_string(effect.offset) + ", duration " +
-                         std::to_string(effect.duration) + ").",
-                     {{"offset", effect.offset}, {"duration", effect.duration}},
-                     audio ? "/audioTransitionDuration" : "/videoTransitionDuration");
-}
-
 // The picture and sound of one item, and the speed it plays at, for the
 // handles of the transition that opens the next item.
 struct PlayedItem {
@@ -243,9 +225,6 @@ void CheckTrack(FindingList& findings, const Engine::Timeline& timeline,
       const bool audio = item->GetType() == Engine::FxAudioTransition;
       const auto& transition = static_cast<const Engine::FxTransitionItem&>(*item);
       transitions.emplace_back(transition.FxTransition(), audio);
-      if (index < elements.size()) {
-        CheckTransitionLength(index, transition, audio, findings);
-      }
       continue;
     }
     const auto& media = static_cast<const Engine::MediaSummaryItem&>(*item);
@@ -261,14 +240,6 @@ void CheckTrack(FindingList& findings, const Engine::Timeline& timeline,
     const bool audioTransition = opens(true);
     CheckTransition(index, "video", element.transitionType, videoTransition, findings);
     CheckTransition(index, "audio", element.audioTransitionType, audioTransition, findings);
-    if (media.timelineVideoDuration < 0 || media.timelineAudioDuration < 0) {
-      findings.AtElement(
-          index, "negative-duration",
-          "the media item lasts " + std::to_string(media.timelineVideoDuration) +
-              " frames (picture) and " + std::to_string(media.timelineAudioDuration) +
-              " frames (sound) on the timeline",
-          {{"picture", media.timelineVideoDuration}, {"sound", media.timelineAudioDuration}});
-    }
     CheckZeroLength(index, "picture", media.timelineVideoDuration, media.mediaVideoDuration,
                     findings);
     CheckZeroLength(index, "sound", media.timelineAudioDuration, media.mediaAudioDuration,

@@ -5,6 +5,7 @@
 
 #include <functional>
 #include <ostream>
+#include <streambuf>
 #include <string>
 #include <vector>
 
@@ -19,7 +20,8 @@ struct CommandOptions {
   std::string input;
   std::string output = "-";
   std::string durationMode = "items";
-  std::string format = "engine";
+  // Empty: from the output's file name, else the command's own.
+  std::string format;
   bool html = false;
   std::string errors = "text";
   // check: which kinds to report, all of each, and what an operator accepts.
@@ -27,6 +29,10 @@ struct CommandOptions {
   std::vector<std::string> ignoredKinds;
   bool allFindings = false;
   FindingOptions findingOptions;
+  std::string side;      // convert --format edl: one side only
+  std::string mediaUrl;  // convert --format otio: where the media files are
+  std::string report;    // convert: what each export carried, approximated, refused
+  bool compact = false;  // JSON without indentation
 };
 
 // What every command starts from: the options, the document read once and
@@ -50,5 +56,39 @@ ExitStatus RunCommand(ExitStatus (*command)(const CommandContext&), const Comman
 // Writes the whole output, or reports why it could not be written.
 ExitStatus WriteResult(const CommandContext& context,
                        const std::function<void(std::ostream&)>& write);
+ExitStatus WriteResultTo(const CommandContext& context, const std::string& path,
+                         const std::string& text);
+
+// The format the output's file name asks for ("otio", "edl", "html", "svg",
+// "engine" for .json); empty for any other name.
+std::string FormatOfFileName(const std::string& path);
+
+// The output's format: the one asked for, else the file name's, else
+// `fallback`. Empty, with the reason reported, when the two contradict or the
+// command cannot write that format.
+std::string ChooseFormat(const CommandContext& context, const std::string& asked,
+                         const std::vector<std::string>& writable, const std::string& fallback);
+
+// Passes indented JSON on without the whitespace between its tokens, so that
+// any writer's output can be made compact as it streams.
+class CompactJsonBuffer : public std::streambuf {
+ public:
+  explicit CompactJsonBuffer(std::ostream& out) : out_(out) {}
+
+ protected:
+  int_type overflow(int_type next) override;
+  std::streamsize xsputn(const char* text, std::streamsize count) override;
+
+ private:
+  // Whether `c` stays: anything inside a string, no whitespace outside.
+  bool Keep(char c);
+  std::ostream& out_;
+  std::string kept_;
+  bool inString_ = false;
+  bool escaped_ = false;
+};
+
+// A failure of the command line found by a command, as a sentence or JSON.
+void ReportUsage(const CommandContext& context, const std::string& message);
 
 }  // namespace TimelineConvert

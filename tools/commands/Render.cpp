@@ -9,10 +9,15 @@
 namespace TimelineConvert {
 
 ExitStatus RunRender(const CommandContext& context) {
+  const std::string format =
+      ChooseFormat(context, context.options.html ? "html" : "", {"svg", "html"}, "svg");
+  if (format.empty()) {
+    return ExitStatus::Unusable;
+  }
   const Outcome outcome = ConvertDocument(context.document, context.Mode());
   const Picture drawn =
       MakePicture(context.document, outcome, FindFindings(context.document, outcome));
-  const std::string picture = context.options.html ? PictureToHtml(drawn) : PictureToSvg(drawn);
+  const std::string picture = format == "html" ? PictureToHtml(drawn) : PictureToSvg(drawn);
   if (outcome.refusal) {
     context.report.Refused(context.inputName, *outcome.refusal);
   }

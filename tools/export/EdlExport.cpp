@@ -62,8 +62,13 @@ std::string Frames(std::int64_t count) {
 class SideWriter {
  public:
   SideWriter(const Engine::Timeline& timeline, const EdlExportInput& input, EdlSide side,
-             const TimecodeBase& base)
-      : timeline_(timeline), input_(input), side_(side), traits_(TraitsOf(side)), base_(base) {
+             const TimecodeBase& base, bool problemsOnly)
+      : timeline_(timeline),
+        input_(input),
+        side_(side),
+        traits_(TraitsOf(side)),
+        base_(base),
+        problemsOnly_(problemsOnly) {
     for (const auto& info : timeline.mediaInfos) {
       mediaInfos_.emplace(info.id.Text(), &info);  // the first of equal ids wins
     }
@@ -77,7 +82,7 @@ class SideWriter {
     EdlResult result;
     result.problems = std::move(problems_);
     result.approximations = std::move(approximations_);
-    if (result.problems.empty()) {
+    if (result.problems.empty() && !problemsOnly_) {
       result.text = EdlListText(input_.title, side_, base_, events_, result.approximations);
     }
     return result;
@@ -101,22 +106,29 @@ class SideWriter {
   }
 
   void Approximate(const EdlPlace& place, std::string text) {
+    if (problemsOnly_) {
+      return;
+    }
     approximations_.push_back({place, std::move(text)});
   }
 
   // Every frame an event names needs a label between 00:00:00:00 and the end
   // of the 24th hour.
   void CheckTimecodes() {
-    const std::int64_t end = FramesIn24Hours(base_);
     for (const auto& event : events_) {
-      if (event.sourceIn < 0) {
-        Problem(event.place, "starts its media at frame " + std::to_string(event.sourceIn) +
-                                 ", before its recorded material.");
-      } else if (event.recordIn >= 0 && std::max(event.recordOut, event.sourceOut) >= end) {
-        Problem(event.place,
-                "reaches frame " + std::to_string(std::max(event.recordOut, event.sourceOut)) +
-                    ", beyond the " + Frames(end) + " of 24 hours that timecode labels.");
-      }
+      CheckTimecode(event);
+    }
+  }
+
+  void CheckTimecode(const EdlEvent& event) {
+    const std::int64_t end = FramesIn24Hours(base_);
+    if (event.sourceIn < 0) {
+      Problem(event.place, "starts its media at frame " + std::to_string(event.sourceIn) +
+                               ", before its recorded material.");
+    } else if (event.recordIn >= 0 && std::max(event.recordOut, event.sourceOut) >= end) {
+      Problem(event.place,
+              "reaches frame " + std::to_string(std::max(event.recordOut, event.sourceOut)) +
+                  ", beyond the " + Frames(end) + " of 24 hours that timecode labels.");
     }
   }
 
@@ -209,6 +221,12 @@ class SideWriter {
     ReadSpeed(event);
     Place(event, incoming);
     events_.push_back(std::move(event));
+    // Only the event before the next one matters to it; a check that writes
+    // no text keeps no more, so that it costs the same at any length.
+    if (problemsOnly_ && events_.size() > 2) {
+      CheckTimecode(events_.front());
+      events_.erase(events_.begin());
+    }
   }
 
   // The speed is the element's, or the ratio of media and timeline lengths
@@ -364,6 +382,7 @@ class SideWriter {
   EdlSide side_;
   SideTraits traits_;
   TimecodeBase base_;
+  bool problemsOnly_;
   std::unordered_map<std::string, const Engine::MediaInfo*> mediaInfos_;
   std::vector<EdlEvent> events_;
   std::vector<EdlNote> problems_;
@@ -393,8 +412,8 @@ std::vector<EdlSide> EdlSidesOf(const Engine::Timeline& timeline) {
   return sides;
 }
 
-EdlResult TimelineToEdl(const Engine::Timeline& timeline, const EdlExportInput& input,
-                        EdlSide side) {
+EdlResult TimelineToEdl(const Engine::Timeline& timeline, const EdlExportInput& input, EdlSide side,
+                        bool problemsOnly) {
   const auto base = TimecodeBaseOf(input.rate);
   if (!base) {
     EdlResult result;
@@ -406,7 +425,7 @@ EdlResult TimelineToEdl(const Engine::Timeline& timeline, const EdlExportInput& 
                                    std::to_string(kMostFramesPerSecond) + " frames a second)."});
     return result;
   }
-  return SideWriter(timeline, input, side, *base).Write();
+  return SideWriter(timeline, input, side, *base, problemsOnly).Write();
 }
 
 }  // namespace TimelineConvert

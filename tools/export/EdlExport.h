@@ -13,6 +13,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 namespace TimelineConvert {
@@ -24,6 +25,7 @@ struct EdlElement {
   // The speed in force for the element (its own or the one it inherits).
   std::int32_t speedNumerator = 1;
   std::int32_t speedDenominator = 1;
+  std::size_t index = 0;  // in the document's audio-video track
 };
 
 struct EdlExportInput {
@@ -37,7 +39,7 @@ struct EdlExportInput {
   // Elements by engine item identifier (media and transition items). An item
   // missing here is named by its identifier and its speed is read from its
   // media and timeline lengths.
-  std::map<std::string, EdlElement> elements;
+  std::unordered_map<std::string, EdlElement> elements;
   // The aux clip's engine item, named as the aux clip.
   std::string auxItemId;
 };
@@ -78,7 +80,9 @@ std::vector<EdlSide> EdlSidesOf(const Kov::TimelineEngineModel::Timeline& timeli
 
 // The list of one side. Throws nothing but std::bad_alloc, whatever the
 // timeline and input hold.
+// `problemsOnly`: find the problems alone, without the text and the
+// approximations, which a check does not need and a long timeline has many of.
 EdlResult TimelineToEdl(const Kov::TimelineEngineModel::Timeline& timeline,
-                        const EdlExportInput& input, EdlSide side);
+                        const EdlExportInput& input, EdlSide side, bool problemsOnly = false);
 
 }  // namespace TimelineConvert

@@ -9,14 +9,16 @@
 #include <TimelineEngineConversion/TimelineEngineConversion.h>
 
 #include <map>
-#include <nlohmann/json.hpp>
+#include <ostream>
 #include <stdexcept>
 #include <string>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
 #include "analysis/Findings.h"
 #include "analysis/Outcome.h"
+#include "export/EdlExport.h"
 
 namespace TimelineConvert {
 
@@ -25,13 +27,17 @@ namespace TimelineConvert {
 // overlapping transition, ...). The text names the item.
 class OtioExportRefusal : public std::runtime_error {
  public:
-  explicit OtioExportRefusal(const std::string& message, DocumentPlace place = {})
-      : std::runtime_error(message), place_(std::move(place)) {}
+  explicit OtioExportRefusal(const std::string& message, DocumentPlace place = {},
+                             std::string itemId = "")
+      : std::runtime_error(message), place_(std::move(place)), itemId_(std::move(itemId)) {}
   // The place in the document, when a finding names it.
   const DocumentPlace& Place() const { return place_; }
+  // The engine item the message names, when it names one.
+  const std::string& ItemId() const { return itemId_; }
 
  private:
   DocumentPlace place_;
+  std::string itemId_;
 };
 
 struct OtioExportOptions {
@@ -44,6 +50,20 @@ struct OtioExportOptions {
   // Clip names by asset identifier; a clip whose asset has none is named by
   // the identifier itself.
   std::map<std::string, std::string> assetNames;
+  // Elements by engine item identifier: numbers for the clips' metadata and
+  // the speed in force. An item missing here takes its speed from its lengths.
+  std::unordered_map<std::string, EdlElement> elements;
+  // Where the media files are: "{clip}" and "{asset}" are replaced by the
+  // clip name and the asset identifier. Empty: a MissingReference.
+  std::string mediaUrl;
+  // JSON without indentation.
+  bool compact = false;
+};
+
+// What the document states only approximately, per engine item.
+struct OtioNote {
+  std::string itemId;
+  std::string text;
 };
 
 // The rate of the document's playlist, its clip id as the timeline's name and
@@ -52,18 +72,24 @@ OtioExportOptions OtioOptionsFromDocument(
     const PlaylistDocument& document,
     Kov::Replivo::Tollan::TimelineEngineConversion::TimelineConverter::DurationMode mode);
 
-// The document as a JSON value, keys in the order the format's own writer
-// uses. Throws OtioExportRefusal.
-nlohmann::ordered_json TimelineToOtio(const Kov::TimelineEngineModel::Timeline& timeline,
-                                      const OtioExportOptions& options);
-
-// The same, indented by four, ending in a newline.
+// The document's text, indented by four (or compact), ending in a newline.
+// Throws OtioExportRefusal. What had to be approximated is appended to
+// `approximations` when given.
 std::string TimelineToOtioText(const Kov::TimelineEngineModel::Timeline& timeline,
-                               const OtioExportOptions& options);
+                               const OtioExportOptions& options,
+                               std::vector<OtioNote>* approximations = nullptr);
 
-// The export of a converted outcome: refuses, with the first finding that
-// blocks it, what the format cannot hold; otherwise the text above.
-std::string ExportOtio(const Outcome& outcome, const std::vector<Finding>& findings,
-                       const OtioExportOptions& options);
+// The same, written into `out` a block at a time, so that memory stays small
+// whatever the size of the timeline. Throws OtioExportRefusal before
+// writing anything: the timeline is walked once without writing first.
+void WriteOtio(std::ostream& out, const Kov::TimelineEngineModel::Timeline& timeline,
+               const OtioExportOptions& options);
+
+// The checks of an export of a converted outcome: refuses, with the first
+// finding that blocks it or the first problem met, what the format cannot
+// hold; appends what it approximates to `approximations` when given. Then
+// WriteOtio writes it.
+void CheckOtio(const Outcome& outcome, const std::vector<Finding>& findings,
+               const OtioExportOptions& options, std::vector<OtioNote>* approximations = nullptr);
 
 }  // namespace TimelineConvert

@@ -17,7 +17,7 @@ namespace TimelineConvert {
 
 // A JSON string. "<" is escaped as well, so no text can close the script
 // element that holds the data.
-inline void AppendJsonString(std::string& out, const std::string& text) {
+inline void AppendScriptJsonString(std::string& out, const std::string& text) {
   out += '"';
   for (const char c : text) {
     const auto byte = static_cast<unsigned char>(c);
@@ -41,7 +41,7 @@ class DataWriter {
 
   DataWriter& Text(const std::string& text) {
     Separate();
-    AppendJsonString(out_, text);
+    AppendScriptJsonString(out_, text);
     return *this;
   }
   template <typename Integer>
@@ -92,7 +92,7 @@ class DataWriter {
   }
   DataWriter& Key(const char* key) {
     Separate();
-    AppendJsonString(out_, key);
+    AppendScriptJsonString(out_, key);
     out_ += ':';
     first_ = true;
     return *this;

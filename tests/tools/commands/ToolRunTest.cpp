@@ -54,6 +54,65 @@ const ToolCase kRows[] = {
     {"RefusalKeepsTheOutput", kCopyExamples + "echo earlier > out.json",
      "convert r.json -o out.json", 2, "", Golden("refused.stderr.txt"), "cat out.json",
      "earlier\n"},
+    // Interchange: the format follows -o's name; lists go one per side.
+    {"OtioByTheFileName", kCopyExamples, "convert h.json -o x.otio", 0, "", "",
+     "cmp x.otio \"$SRC\"/tests/tools/golden/highlight.otio && echo same", "same\n"},
+    {"ListsIntoAFolder", kCopyExamples + "mkdir d", "convert h.json --format edl -o d", 0, "",
+     kName + "h.json: the edl export approximated 2 things (--report FILE lists them by element)\n",
+     "for s in picture sound aux; do cmp d/h.$s.edl \"$SRC\"/tests/tools/golden/highlight.$s.edl "
+     "&& echo $s; done",
+     "picture\nsound\naux\n"},
+    {"OneSideToStandardOutput", kCopyExamples, "convert h.json --format edl --side picture", 0,
+     Golden("highlight.picture.edl"),
+     kName + "h.json: the edl export approximated 1 thing (--report FILE lists them by element)\n"},
+    {"SeveralListsNeedAFolder", kCopyExamples, "convert h.json -o l.edl", 1, "",
+     kName + "the timeline makes 3 lists (picture, sound, aux): -o must name an existing folder, "
+             "or --side choose one\n",
+     "ls -A", "h.json\nr.json\n"},
+    {"FormatContradictsTheName", kCopyExamples, "convert h.json --format otio -o x.edl", 1, "",
+     kName + "-o x.edl names an edit decision list, but --format otio asks for an OpenTimelineIO "
+             "document; change the file name or leave the option out\n",
+     "ls -A", "h.json\nr.json\n"},
+    {"RenderPageByTheFileName", kCopyExamples, "render h.json -o p.html", 0, "", "",
+     "head -c 15 p.html", "<!DOCTYPE html>"},
+    {"RenderDoesNotWriteOtio", kCopyExamples, "render h.json -o p.otio", 1, "",
+     kName + "-o p.otio names an OpenTimelineIO document, which this command does not write "
+             "(convert writes engine JSON, .otio and .edl)\n"},
+    {"SideOnlyForLists", kCopyExamples, "convert h.json --side aux", 1, "",
+     kName + "--side chooses the side of an edit decision list; the output is engine\n"},
+    {"ListRefusedAtItsPlace",
+     "cp \"$SRC\"/tests/tools/documents/check-negative-duration.json n.json",
+     "convert n.json --format edl --side sound -o s.edl", 2, "",
+     "Cannot export to an EDL: the sound EDL cannot hold it: the item has a negative sound length "
+     "(-50 frames on the timeline, -50 frames of media).\n" +
+         kName + "n.json: at element 0 (item 1, clip CAM-1)\n",
+     "ls -A", "n.json\n"},
+    {"ReportByElement", kCopyExamples,
+     "convert h.json --format edl --side picture -o p.edl --report r.txt", 0, "",
+     kName + "h.json: the edl export approximated 1 thing (--report FILE lists them by element)\n",
+     "cat r.txt",
+     "The edl export of h.json, element by element\n"
+     "at element 0 (item 1, clip CAM-A-0031): carried exactly\n"
+     "at element 1 (item 2, clip CAM-B-0032): carried exactly\n"
+     "at element 2 (item 3, clip CAM-SSM-001): carried exactly\n"
+     "at element 3 (item 4, clip CAM-A-0031): approximated: picture list: transition of kind 1 "
+     "(12 frames, 6 of them before the cut) written as a cut: a list's dissolve needs the items "
+     "to overlap.\n"
+     "in the aux track (clip COMMENT-01): carried exactly\n1 approximated\n"},
+    {"ReportAsJson", kCopyExamples, "convert h.json -o x.otio --report r.json --errors json", 0, "",
+     "", "grep -c '\"carried\":\"exact\"' r.json", "5\n"},
+    {"EngineJsonCompact", kCopyExamples, "convert h.json --compact -o c.json", 0, "", "",
+     "wc -l < c.json; python3 -c 'import json, sys; print(json.load(open(\"c.json\")) == "
+     "json.load(open(sys.argv[1])))' \"$SRC\"/tests/tools/golden/highlight.timeline.json",
+     "1\nTrue\n"},
+    {"ReportOnlyForInterchange", kCopyExamples, "convert h.json --report r.txt", 1, "",
+     kName + "--report lists what an interchange export (otio, edl) approximates; engine JSON "
+             "carries everything\n"},
+    {"MediaUrlsAndCompact", kCopyExamples,
+     "convert h.json -o x.otio --compact --media-url 'file:///m/{clip}.mxf'", 0, "", "",
+     "wc -l < x.otio; grep -o '\"target_url\":\"[^\"]*\"' x.otio | sort -u",
+     "1\n\"target_url\":\"file:///m/CAM-A-0031.mxf\"\n\"target_url\":\"file:///m/CAM-B-0032.mxf\"\n"
+     "\"target_url\":\"file:///m/CAM-SSM-001.mxf\"\n\"target_url\":\"file:///m/COMMENT-01.mxf\"\n"},
     // Output: a regular file is replaced whole, through a temporary file.
     {"NewFileHasTheUsualMode", kCopyExamples + "umask 027", "convert h.json -o new.json", 0, "", "",
      "stat -c %a new.json; cat new.json", "640\n" + Golden("highlight.timeline.json")},

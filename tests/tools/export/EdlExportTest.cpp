@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <set>
 #include <sstream>
 
 #include "../ToolTestSupport.h"
@@ -200,6 +201,11 @@ TEST(EdlExport, WritesEachRuleOrNamesTheProblem) {
        {Media("a", 24 * 3600 * 25 - 5, 10, 0, 10)},
        "! element 1 (item 11, clip CAM-A): reaches frame 2160005, beyond the 2160000 frames of "
        "24 hours that timecode labels.\n"},
+      {"EarlyProblemInALongTrack",
+       {Media("a", 0, 10, -3, 10), Media("b", 10, 10, 0, 10), Media("a", 20, 10, 0, 10),
+        Media("b", 30, 10, 0, 10)},
+       "! element 1 (item 11, clip CAM-A): starts its media at frame -3, before its recorded "
+       "material.\n"},
       {"BeforeRecordedMaterial",
        {Media("a", 0, 10, -3, 10)},
        "! element 1 (item 11, clip CAM-A): starts its media at frame -3, before its recorded "
@@ -208,7 +214,19 @@ TEST(EdlExport, WritesEachRuleOrNamesTheProblem) {
     SCOPED_TRACE(name);
     Engine::Timeline timeline;
     timeline.tracks.push_back({"T1", 1, items});
-    EXPECT_EQ(Listing(TimelineToEdl(timeline, SmallInput(), EdlSide::Picture)), expected);
+    const auto full = TimelineToEdl(timeline, SmallInput(), EdlSide::Picture);
+    EXPECT_EQ(Listing(full), expected);
+    // A check finds the same problems, in any order, and writes nothing else.
+    const auto checked = TimelineToEdl(timeline, SmallInput(), EdlSide::Picture, true);
+    const auto texts = [](const TimelineConvert::EdlResult& result) {
+      std::multiset<std::string> problems;
+      for (const auto& note : result.problems) {
+        problems.insert(note.place.Text() + ": " + note.text);
+      }
+      return problems;
+    };
+    EXPECT_EQ(texts(checked), texts(full));
+    EXPECT_EQ(checked.text + std::to_string(checked.approximations.size()), "0");
   }
 }
 

@@ -1,0 +1,32 @@
+// ExportFindings: what the interchange exports cannot hold, found before any
+// of them writes. An OpenTimelineIO document cannot hold a negative length; an
+// edit decision list cannot hold that either, nor more than one item at a
+// time, a reverse speed or a frame beyond its timecode labels. Each becomes a
+// finding of severity blocks-otio or blocks-edl at its element, so that check
+// names it and the export refuses with it, at the same place.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "analysis/Findings.h"
+#include "analysis/Outcome.h"
+#include "document/PlaylistDocument.h"
+
+namespace TimelineConvert {
+
+enum class EdlSide;
+
+// The severity of an export's kind of finding; Warning for any other word.
+Severity ExportSeverityOf(const std::string& kind);
+
+// The kind of finding that blocks the list of one side: "not-in-picture-edl",
+// "not-in-sound-edl" or "not-in-aux-edl".
+const char* EdlBlockingKind(EdlSide side);
+
+// Appends the export findings of a converted timeline (none when refused), in
+// engine track order.
+void AddExportFindings(const PlaylistDocument& document, const Outcome& outcome,
+                       std::vector<Finding>& findings);
+
+}  // namespace TimelineConvert
