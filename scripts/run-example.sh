@@ -17,7 +17,11 @@ echo "== assets the playlist uses"
 "$tool" render examples/highlight.json -o "$out/highlight.svg"
 "$tool" render --html examples/highlight.json -o "$out/highlight.html"
 echo "== check: what the library accepts but is probably not meant"
-"$tool" check examples/highlight.json
+# Exit 3 means findings of warning severity: the example plays its picture
+# ahead of its sound after an overlapping dissolve, which check reports.
+check_status=0
+"$tool" check examples/highlight.json || check_status=$?
+[ "$check_status" -eq 0 ] || [ "$check_status" -eq 3 ]
 echo "== timeline ($out/highlight.timeline.json)"
 cat "$out/highlight.timeline.json"
 echo "== picture: $out/highlight.svg, viewer: $out/highlight.html"
