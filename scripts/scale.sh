@@ -73,15 +73,22 @@ echo
 share() {
   local data
   data=$(mktemp)
-  if ! perf record -q --call-graph=dwarf,16384 -F 2000 -o "$data" "$@" >/dev/null 2>&1; then
+  # The command's own exit status (check's 3, a refused export's 2) is no failure here.
+  perf record -q --call-graph=dwarf,16384 -F 2000 -o "$data" "$@" >/dev/null 2>&1 || true
+  if [ ! -s "$data" ]; then
     rm -f "$data"
     echo "n/a n/a n/a"
     return
   fi
-  perf report -i "$data" --children --sort sym --stdio 2>/dev/null | awk '
-    /TimelineConvert::ReadPlaylistDocument/ { read = $1 + 0 }
-    /TimelineConverter::ToTimeline/ { if ($1 + 0 > library) library = $1 + 0 }
-    /TimelineConvert::WriteResult/ { write = $1 + 0 }
+  # Time in a function and everything it calls, per stage's entry point.
+  perf report -i "$data" --children --sort sym -g none --stdio 2>/dev/null | awk '
+    $1 !~ /%$/ { next }
+    /TimelineConvert::ReadPlaylistDocument/ && read == "" { read = $1 + 0 }
+    /TimelineConverter::ToTimeline$/ && library == "" { library = $1 + 0 }
+    # A writer runs inside WriteResult, or makes its text before it.
+    /TimelineConvert::(WriteResult|PictureToSvg|PictureToHtml|ExportOtio)/ {
+      if ($1 + 0 > write) write = $1 + 0
+    }
     END { printf "%.0f %.0f %.0f\n", read, library, write }'
   rm -f "$data"
 }
