@@ -2,12 +2,15 @@
 // that names its place, or a document whose playlist the library then converts
 // or refuses in one of its documented ways. The tool's listing and JSON writer
 // run on every document read, since they see whatever the reader lets through.
+// The fast reader is checked against the careful one on every input.
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <optional>
 #include <string>
 
 #include "document/AssetKeys.h"
+#include "document/DocumentStream.h"
 #include "document/PlaylistDocument.h"
 #include "export/EngineJson.h"
 
@@ -30,10 +33,53 @@ void RequirePlacedRefusal(const TimelineConvert::DocumentError& error) {
   }
 }
 
+std::string FaultText(const std::optional<TimelineConvert::DocumentError>& fault) {
+  return fault ? fault->what() : "";
+}
+
+// The fast reader either hands a text over to the careful one, or reads it
+// exactly as the careful one does: the same refusal, or the same records.
+void RequireSameReading(const std::string& text) {
+  TimelineConvert::StreamedRecords quick;
+  TimelineConvert::Json quickRest;
+  std::string quickRefusal;
+  try {
+    if (!TimelineConvert::ParseQuickly(text, quick, quickRest)) {
+      return;
+    }
+  } catch (const TimelineConvert::DocumentError& error) {
+    quickRefusal = error.what();
+  }
+  TimelineConvert::StreamedRecords careful;
+  TimelineConvert::Json carefulRest;
+  std::string carefulRefusal;
+  try {
+    carefulRest = TimelineConvert::ParseStreaming(text, careful);
+  } catch (const TimelineConvert::DocumentError& error) {
+    carefulRefusal = error.what();
+  }
+  if (quickRefusal != carefulRefusal) {
+    Fail("the readers refuse differently: \"" + quickRefusal + "\" and \"" + carefulRefusal + "\"");
+  }
+  if (!quickRefusal.empty()) {
+    return;
+  }
+  const auto dump = [](const TimelineConvert::Json& json) {
+    return json.dump(-1, ' ', false, TimelineConvert::Json::error_handler_t::replace);
+  };
+  if (dump(quickRest) != dump(carefulRest) || quick.elements.size() != careful.elements.size() ||
+      quick.assetOrder.size() != careful.assetOrder.size() ||
+      FaultText(quick.elementFault) != FaultText(careful.elementFault) ||
+      FaultText(quick.assetFault) != FaultText(careful.assetFault)) {
+    Fail("the readers read differently");
+  }
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const std::string text(reinterpret_cast<const char*>(data), size);
+  RequireSameReading(text);
   TimelineConvert::PlaylistDocument document;
   try {
     document = TimelineConvert::ReadPlaylistDocument(text);

@@ -2,11 +2,14 @@
 // every reader of a field can say exactly where a fault is.
 #pragma once
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <initializer_list>
 #include <limits>
+#include <stdexcept>
 #include <string>
+#include <string_view>
 #include <type_traits>
 #include <utility>
 
@@ -18,18 +21,23 @@ namespace TimelineConvert {
 
 using Json = nlohmann::json;
 
-// One step of a JSON pointer: '~' and '/' in a key are written ~0 and ~1.
-inline std::string PointerStep(const std::string& key) {
-  std::string step = "/";
+// Appends one step of a JSON pointer: '~' and '/' in a key are written ~0 and ~1.
+inline void AppendPointerStep(std::string& path, std::string_view key) {
+  path += '/';
   for (const char c : key) {
     if (c == '~') {
-      step += "~0";
+      path += "~0";
     } else if (c == '/') {
-      step += "~1";
+      path += "~1";
     } else {
-      step += c;
+      path += c;
     }
   }
+}
+
+inline std::string PointerStep(const std::string& key) {
+  std::string step;
+  AppendPointerStep(step, key);
   return step;
 }
 
@@ -53,6 +61,9 @@ class Node {
   // An object holding every required field, and no field beyond the two lists.
   void ExpectObject(std::initializer_list<const char*> required,
                     std::initializer_list<const char*> optional = {}) const {
+    if (required.size() + optional.size() > kMostFieldNames) {
+      throw std::logic_error("ExpectObject lists more names than it can hold");
+    }
     if (!value_.is_object()) {
       Fail(std::string("expected an object, found ") + Describe());
     }
@@ -61,26 +72,31 @@ class Node {
         Fail(std::string("missing field \"") + name + "\"");
       }
     }
+    // Names compared by length first: most differ in it.
+    std::string_view names[kMostFieldNames];
+    std::size_t nameCount = 0;
+    for (const auto* list : {&required, &optional}) {
+      for (const char* name : *list) {
+        names[nameCount++] = name;
+      }
+    }
     for (const auto& field : value_.items()) {
-      const auto known = [&](const char* name) { return field.key() == name; };
-      if (std::none_of(required.begin(), required.end(), known) &&
-          std::none_of(optional.begin(), optional.end(), known)) {
+      const std::string_view key = field.key();
+      if (std::find(names, names + nameCount, key) == names + nameCount) {
         std::string expected;
         for (const auto* list : {&required, &optional}) {
           for (const char* name : *list) {
             expected += (expected.empty() ? "" : ", ") + std::string(name);
           }
         }
-        Node(field.value(), path_ + PointerStep(field.key()))
+        Node(field.value(), Below(field.key()))
             .Fail("unknown field (expected one of: " + expected + ")");
       }
     }
   }
 
   bool Has(const char* name) const { return value_.contains(name); }
-  Node operator[](const char* name) const {
-    return Node(value_.at(name), path_ + PointerStep(name));
-  }
+  Node operator[](const char* name) const { return Node(value_.at(name), Below(name)); }
 
   std::vector<Node> Elements() const {
     if (!value_.is_array()) {
@@ -88,7 +104,7 @@ class Node {
     }
     std::vector<Node> elements;
     for (std::size_t index = 0; index < value_.size(); ++index) {
-      elements.emplace_back(value_[index], path_ + "/" + std::to_string(index));
+      elements.emplace_back(value_[index], Below(std::to_string(index)));
     }
     return elements;
   }
@@ -148,6 +164,18 @@ class Node {
   }
 
  private:
+  // The most names one ExpectObject call lists.
+  static constexpr std::size_t kMostFieldNames = 32;
+
+  // The path of a member or array element of this value.
+  std::string Below(std::string_view step) const {
+    std::string path;
+    path.reserve(path_.size() + step.size() + 1);
+    path += path_;
+    AppendPointerStep(path, step);
+    return path;
+  }
+
   template <typename T>
   bool FitsIn() const {
     const auto highest = static_cast<std::uint64_t>(std::numeric_limits<T>::max());

@@ -46,7 +46,11 @@ DocumentError::DocumentError(const std::string& where, const std::string& proble
 
 PlaylistDocument ReadPlaylistDocument(const std::string& jsonText) {
   StreamedRecords stream;
-  const Json json = ParseStreaming(jsonText, stream);
+  Json json;
+  if (!ParseQuickly(jsonText, stream, json)) {
+    stream = StreamedRecords();  // nothing of the fast attempt is used
+    json = ParseStreaming(jsonText, stream);
+  }
   const Node root(json, "");
   root.ExpectObject({"playlist", "assets"}, {"description", "$schema"});
   if (root.Has("description")) {

@@ -1,113 +1,215 @@
 // Writes the engine model field by field. Items are told apart by their
 // `type`: media items carry the eleven media fields, transition items their
-// effect, and an item of any other class only its id and type.
+// effect, and an item of any other class only its id and type. The text is
+// formatted straight into one buffer, the same text a JSON library prints with
+// an indent of two.
 #include "export/EngineJson.h"
 
+#include <algorithm>
+#include <charconv>
 #include <nlohmann/json.hpp>
-#include <sstream>
 
 namespace TimelineConvert {
 
 namespace {
 
-using Json = nlohmann::ordered_json;
 namespace Engine = Kov::TimelineEngineModel;
 
-Json ItemToJson(const Engine::TrackItem& item) {
-  Json json{{"id", item.Id().Text()}, {"type", static_cast<std::int32_t>(item.GetType())}};
-  if (const auto* media = dynamic_cast<const Engine::MediaSummaryItem*>(&item)) {
-    json["timelineVideoIn"] = media->timelineVideoIn;
-    json["timelineVideoDuration"] = media->timelineVideoDuration;
-    json["timelineAudioIn"] = media->timelineAudioIn;
-    json["timelineAudioDuration"] = media->timelineAudioDuration;
-    json["mediaId"] = media->mediaId.Text();
-    json["mediaVideoIn"] = media->mediaVideoIn;
-    json["mediaVideoDuration"] = media->mediaVideoDuration;
-    json["mediaAudioIn"] = media->mediaAudioIn;
-    json["mediaAudioDuration"] = media->mediaAudioDuration;
-    json["reservedA"] = media->reservedA;
-    json["reservedB"] = media->reservedB;
-  } else if (const auto* transition = dynamic_cast<const Engine::FxTransitionItem*>(&item)) {
-    const auto& effect = transition->FxTransition();
-    json["effect"] = Json{{"kind", effect.kind},
-                          {"offset", effect.offset},
-                          {"duration", effect.duration},
-                          {"name", effect.name}};
-  }
-  return json;
-}
+class JsonText {
+ public:
+  explicit JsonText(std::string& text) : text_(text) {}
 
-// Texts that are not valid UTF-8 are written with replacement characters
-// rather than refused: the tool reports, it does not judge the library's ids.
-std::string Dump(const Json& json) {
-  return json.dump(2, ' ', false, Json::error_handler_t::replace);
-}
+  void Raw(const char* piece) { text_ += piece; }
 
-// A value dumped on its own, indented as the member of an array at `indent`.
-void WriteIndented(std::ostream& out, const Json& json, const std::string& indent) {
-  const std::string text = Dump(json);
-  out << indent;
-  for (const char c : text) {
-    out << c;
-    if (c == '\n') out << indent;
+  void Number(std::int64_t value) {
+    char digits[24];
+    const auto end = std::to_chars(digits, digits + sizeof digits, value).ptr;
+    text_.append(digits, end);
   }
-}
 
-// Writes the elements of an array, each made by `element(index)` only when it
-// is written, so that no tree of the whole array is ever held.
-template <typename MakeElement>
-void WriteArray(std::ostream& out, std::size_t size, const std::string& indent,
-                MakeElement element) {
-  if (size == 0) {
-    out << "[]";
-    return;
+  // Text of printable ASCII goes as it is; anything else (escapes, UTF-8, and
+  // bytes that are not UTF-8, written as replacement characters rather than
+  // refused: the tool reports, it does not judge the library's ids) takes
+  // the library's own escaping.
+  void String(const std::string& value) {
+    const bool plain = std::all_of(value.begin(), value.end(), [](char c) {
+      return c >= 0x20 && c < 0x7F && c != '"' && c != '\\';
+    });
+    if (plain) {
+      text_ += '"';
+      text_ += value;
+      text_ += '"';
+    } else {
+      text_ += nlohmann::json(value).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+    }
   }
-  out << "[\n";
-  for (std::size_t index = 0; index < size; ++index) {
-    WriteIndented(out, element(index), indent + "  ");
-    out << (index + 1 < size ? ",\n" : "\n");
+
+  // `"name": ` at the given indent, after the comma of the member before.
+  void Member(const char* indent, const char* name, bool first = false) {
+    text_ += first ? "\n" : ",\n";
+    text_ += indent;
+    text_ += '"';
+    text_ += name;
+    text_ += "\": ";
   }
-  out << indent << "]";
+
+  void Item(const Engine::TrackItem* item) {
+    if (item == nullptr) {
+      text_ += "null";
+      return;
+    }
+    static const char* const kIndent = "          ";
+    text_ += '{';
+    Member(kIndent, "id", true);
+    String(item->Id().Text());
+    Member(kIndent, "type");
+    Number(static_cast<std::int32_t>(item->GetType()));
+    if (const auto* media = dynamic_cast<const Engine::MediaSummaryItem*>(item)) {
+      const std::pair<const char*, std::int64_t> before[] = {
+          {"timelineVideoIn", media->timelineVideoIn},
+          {"timelineVideoDuration", media->timelineVideoDuration},
+          {"timelineAudioIn", media->timelineAudioIn},
+          {"timelineAudioDuration", media->timelineAudioDuration}};
+      for (const auto& field : before) {
+        Member(kIndent, field.first);
+        Number(field.second);
+      }
+      Member(kIndent, "mediaId");
+      String(media->mediaId.Text());
+      const std::pair<const char*, std::int64_t> after[] = {
+          {"mediaVideoIn", media->mediaVideoIn}, {"mediaVideoDuration", media->mediaVideoDuration},
+          {"mediaAudioIn", media->mediaAudioIn}, {"mediaAudioDuration", media->mediaAudioDuration},
+          {"reservedA", media->reservedA},       {"reservedB", media->reservedB}};
+      for (const auto& field : after) {
+        Member(kIndent, field.first);
+        Number(field.second);
+      }
+    } else if (const auto* transition = dynamic_cast<const Engine::FxTransitionItem*>(item)) {
+      const auto& effect = transition->FxTransition();
+      static const char* const kEffectIndent = "            ";
+      Member(kIndent, "effect");
+      text_ += '{';
+      Member(kEffectIndent, "kind", true);
+      Number(effect.kind);
+      Member(kEffectIndent, "offset");
+      Number(effect.offset);
+      Member(kEffectIndent, "duration");
+      Number(effect.duration);
+      Member(kEffectIndent, "name");
+      String(effect.name);
+      text_ += "\n";
+      text_ += kIndent;
+      text_ += '}';
+    }
+    text_ += "\n        }";
+  }
+
+  void MediaInfo(const Engine::MediaInfo& info) {
+    static const char* const kIndent = "      ";
+    text_ += '{';
+    Member(kIndent, "id", true);
+    String(info.id.Text());
+    Member(kIndent, "limitIn");
+    Number(info.limitIn);
+    Member(kIndent, "duration");
+    Number(info.duration);
+    Member(kIndent, "tracksDescription");
+    String(info.tracksDescription);
+    text_ += "\n    }";
+  }
+
+  // The members of an array at `indent`, each written by `element(index)`.
+  template <typename WriteElement>
+  void Array(std::size_t size, const char* indent, WriteElement element) {
+    if (size == 0) {
+      text_ += "[]";
+      return;
+    }
+    text_ += "[\n";
+    for (std::size_t index = 0; index < size; ++index) {
+      text_ += indent;
+      text_ += "  ";
+      element(index);
+      text_ += index + 1 < size ? ",\n" : "\n";
+    }
+    text_ += indent;
+    text_ += ']';
+  }
+
+ private:
+  std::string& text_;
+};
+
+// Bytes per item and per media info, about, so that the buffer grows once.
+constexpr std::size_t kItemBytes = 480;
+constexpr std::size_t kMediaInfoBytes = 160;
+
+// Bytes a stream is handed at once, so that the text is never held whole.
+constexpr std::size_t kFlushBytes = std::size_t{1} << 20;
+
+// Writes the timeline into `text`; with `out`, hands the text to it whenever
+// it has grown past kFlushBytes, and once more at the end.
+void FormatTimeline(std::string& text, const Engine::Timeline& timeline, std::ostream* out) {
+  JsonText json(text);
+  const auto flush = [&text, out](bool last) {
+    if (out != nullptr && (last || text.size() >= kFlushBytes)) {
+      out->write(text.data(), static_cast<std::streamsize>(text.size()));
+      text.clear();
+    }
+  };
+  json.Raw("{");
+  json.Member("  ", "id", true);
+  json.String(timeline.id.Text());
+  json.Member("  ", "secondaryId");
+  json.String(timeline.secondaryId.Text());
+  json.Member("  ", "duration");
+  json.Number(timeline.duration);
+  json.Member("  ", "tracks");
+  json.Array(timeline.tracks.size(), "  ", [&](std::size_t index) {
+    const auto& track = timeline.tracks[index];
+    json.Raw("{");
+    json.Member("      ", "id", true);
+    json.String(track.id.Text());
+    json.Member("      ", "type");
+    json.Number(track.type);
+    json.Member("      ", "items");
+    json.Array(track.items.size(), "      ", [&](std::size_t item) {
+      json.Item(track.items[item].get());
+      flush(false);
+    });
+    json.Raw("\n    }");
+  });
+  json.Member("  ", "mediaInfos");
+  json.Array(timeline.mediaInfos.size(), "  ", [&](std::size_t index) {
+    json.MediaInfo(timeline.mediaInfos[index]);
+    flush(false);
+  });
+  json.Raw("\n}\n");
+  flush(true);
 }
 
 }  // namespace
 
-// The same text as dumping one tree of the whole timeline with an indent of
-// two, written track by track and item by item.
-void WriteTimelineJson(std::ostream& out, const Engine::Timeline& timeline) {
-  out << "{\n  \"id\": " << Dump(timeline.id.Text())
-      << ",\n  \"secondaryId\": " << Dump(timeline.secondaryId.Text())
-      << ",\n  \"duration\": " << Dump(timeline.duration) << ",\n  \"tracks\": ";
-  if (timeline.tracks.empty()) {
-    out << "[]";
-  } else {
-    out << "[\n";
-    for (std::size_t index = 0; index < timeline.tracks.size(); ++index) {
-      const auto& track = timeline.tracks[index];
-      out << "    {\n      \"id\": " << Dump(track.id.Text())
-          << ",\n      \"type\": " << Dump(track.type) << ",\n      \"items\": ";
-      WriteArray(out, track.items.size(), "      ", [&](std::size_t item) {
-        return track.items[item] ? ItemToJson(*track.items[item]) : Json();
-      });
-      out << "\n    }" << (index + 1 < timeline.tracks.size() ? ",\n" : "\n");
-    }
-    out << "  ]";
+void AppendTimelineJson(std::string& text, const Engine::Timeline& timeline) {
+  std::size_t items = 0;
+  for (const auto& track : timeline.tracks) {
+    items += track.items.size();
   }
-  out << ",\n  \"mediaInfos\": ";
-  WriteArray(out, timeline.mediaInfos.size(), "  ", [&](std::size_t index) {
-    const auto& info = timeline.mediaInfos[index];
-    return Json{{"id", info.id.Text()},
-                {"limitIn", info.limitIn},
-                {"duration", info.duration},
-                {"tracksDescription", info.tracksDescription}};
-  });
-  out << "\n}\n";
+  text.reserve(text.size() + 256 + items * kItemBytes +
+               timeline.mediaInfos.size() * kMediaInfoBytes);
+  FormatTimeline(text, timeline, nullptr);
+}
+
+void WriteTimelineJson(std::ostream& out, const Engine::Timeline& timeline) {
+  std::string text;
+  text.reserve(kFlushBytes + 4096);
+  FormatTimeline(text, timeline, &out);
 }
 
 std::string TimelineToJsonText(const Engine::Timeline& timeline) {
-  std::ostringstream text;
-  WriteTimelineJson(text, timeline);
-  return text.str();
+  std::string text;
+  AppendTimelineJson(text, timeline);
+  return text;
 }
 
 }  // namespace TimelineConvert

@@ -13,8 +13,11 @@ namespace TimelineConvert {
 // The timeline as a JSON document, indented by two, ending in a newline.
 std::string TimelineToJsonText(const Kov::TimelineEngineModel::Timeline& timeline);
 
-// The same text, written into a stream piece by piece: memory stays that of
-// one item whatever the size of the timeline.
+// The same text, appended to `text`.
+void AppendTimelineJson(std::string& text, const Kov::TimelineEngineModel::Timeline& timeline);
+
+// The same text, handed to a stream a megabyte at a time: memory stays
+// small whatever the size of the timeline.
 void WriteTimelineJson(std::ostream& out, const Kov::TimelineEngineModel::Timeline& timeline);
 
 }  // namespace TimelineConvert

@@ -4,8 +4,10 @@
 
 #include <TimelineEngineConversion/TimelineEngineConversion.h>
 
+#include <charconv>
 #include <cstdint>
 #include <string>
+#include <type_traits>
 
 namespace TimelineConvert {
 
@@ -25,5 +27,40 @@ const char* ProblemWords(std::uint8_t flag);
 
 // Text made safe for XML character data and attribute values.
 std::string EscapeXml(const std::string& text);
+
+// Text built by appending, with a stream's `<<` for text and whole numbers:
+// a picture is formatted straight into one buffer.
+class TextBuffer {
+ public:
+  TextBuffer& operator<<(const std::string& text) {
+    text_ += text;
+    return *this;
+  }
+  TextBuffer& operator<<(const char* text) {
+    text_ += text;
+    return *this;
+  }
+  TextBuffer& operator<<(char character) {
+    text_ += character;
+    return *this;
+  }
+  // A stream prints these as characters, not numbers: say which is meant.
+  TextBuffer& operator<<(signed char) = delete;
+  TextBuffer& operator<<(unsigned char) = delete;
+  TextBuffer& operator<<(bool) = delete;
+  template <typename Integer, typename = std::enable_if_t<std::is_integral<Integer>::value>>
+  TextBuffer& operator<<(Integer value) {
+    char digits[24];
+    text_.append(digits, std::to_chars(digits, digits + sizeof digits, value).ptr);
+    return *this;
+  }
+
+  void Reserve(std::size_t bytes) { text_.reserve(bytes); }
+  // The text, handed over: the buffer is empty after.
+  std::string Take() { return std::move(text_); }
+
+ private:
+  std::string text_;
+};
 
 }  // namespace TimelineConvert

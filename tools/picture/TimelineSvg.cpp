@@ -16,7 +16,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <sstream>
 
 namespace TimelineConvert {
 
@@ -193,7 +192,7 @@ class SvgWriter {
     EndMarker();
     Legend();
     out_ << "</svg>\n";
-    return out_.str();
+    return out_.Take();
   }
 
  private:
@@ -630,7 +629,7 @@ class SvgWriter {
   double rulerBaseline_ = 74;
   double lanesTop_ = 84;
   double legendTop_ = 0;
-  std::ostringstream out_;
+  TextBuffer out_;
 };
 
 }  // namespace

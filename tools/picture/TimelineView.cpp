@@ -266,12 +266,23 @@ TimelineView MakeTimelineView(const Engine::Timeline& timeline, const PictureLab
   // needs a lane to be drawn in.
   const std::size_t trackCount =
       std::max<std::size_t>(timeline.tracks.size(), labels.refusal ? 1 : 0);
+  view.rows.reserve(2 * trackCount);
   for (std::size_t track = 0; track < trackCount; ++track) {
     view.rows.push_back(ViewRow{track, false, {}});
     view.rows.push_back(ViewRow{track, true, {}});
     view.trackIds.push_back(track < timeline.tracks.size() ? timeline.tracks[track].id.Text() : "");
   }
   std::vector<RowState> states(2 * trackCount);
+  // Every item is one view item, and at most one mark in each of its rows.
+  std::size_t itemCount = 1;
+  for (std::size_t track = 0; track < timeline.tracks.size(); ++track) {
+    const std::size_t items = timeline.tracks[track].items.size();
+    itemCount += items;
+    view.rows[2 * track].marks.reserve(items);
+    view.rows[2 * track + 1].marks.reserve(items);
+  }
+  view.items.reserve(itemCount);
+  builder.mediaLengths.reserve(2 * itemCount);
   for (std::size_t track = 0; track < timeline.tracks.size(); ++track) {
     const Engine::MediaSummaryItem* previous = nullptr;
     for (const auto& item : timeline.tracks[track].items) {
@@ -304,7 +315,7 @@ TimelineView MakeTimelineView(const Engine::Timeline& timeline, const PictureLab
                      lengths.end());
     view.typicalLength = lengths[lengths.size() / 2];
   }
-  return view;
+  return std::move(builder.view);
 }
 
 Picture MakePicture(const PlaylistDocument& document, const Outcome& outcome,

@@ -7,6 +7,7 @@
 
 #include "ToolTestSupport.h"
 #include "document/AssetKeys.h"
+#include "document/DocumentStream.h"
 #include "document/PlaylistDocument.h"
 
 namespace {
@@ -170,6 +171,78 @@ TEST(DocumentReading, BrokenJsonAndRepeatedKeysAreFoundWhereTheyAre) {
             "/playlist/number: number overflow parsing '1e999'");
   EXPECT_EQ(DocumentErrorOf(R"({"assets": [], "assets": []})"),
             "/assets: the field is given twice");
+}
+
+// The fast reader reads what the careful one reads, refuses what it refuses in
+// the same words, and hands over the texts that are not well-formed JSON.
+TEST(DocumentReading, FastAndCarefulReadersAgree) {
+  using TimelineConvert::Json;
+  using TimelineConvert::StreamedRecords;
+  const std::string small = SmallDocument().dump();
+  struct Case {
+    const char* name;
+    std::string text;
+    bool wellFormed;
+  };
+  const Case cases[] = {
+      {"the small document", small, true},
+      {"the shipped example",
+       tool_testing::ReadFile(tool_testing::SourcePath("examples/highlight.json")), true},
+      {"a key twice in an element",
+       R"({"playlist": {"audioVideoTrack": {"elements": [{"a": 1}, {"b": 1, "b": 2}]}}})", true},
+      {"a key twice among many",
+       R"({"k0":0,"k1":1,"k2":2,"k3":3,"k4":4,"k5":5,"k6":6,"k7":7,)"
+       R"("k8":8,"k9":9,"ka":0,"kb":1,"kc":2,"kd":3,"ke":4,"kf":5,)"
+       R"("kg":6,"kh":7,"k3":8})",
+       true},
+      {"a faulty element and a faulty asset",
+       R"({"assets": [{"umId": 5}], "playlist": {)"
+       R"("audioVideoTrack": {"elements": [7]}}})",
+       true},
+      {"escapes in keys", R"({"a~b/c": {"x": 1, "x": 2}})", true},
+      {"an unknown top field", R"({"assets": [], "playlist": {}, "extra": [[{}]]})", true},
+      {"broken JSON", "{\"playlist\": {,", false},
+      {"a number too large", R"({"playlist": {"number": 1e999}})", false},
+      {"bytes that are not UTF-8", "{\"a\": \"\xFF\"}", false},
+      {"a lone surrogate", R"({"a": "\udc00"})", false},
+  };
+  for (const auto& row : cases) {
+    StreamedRecords quick;
+    Json quickRest;
+    std::string quickFault;
+    bool handled = true;
+    try {
+      handled = TimelineConvert::ParseQuickly(row.text, quick, quickRest);
+    } catch (const DocumentError& error) {
+      quickFault = error.what();
+    }
+    EXPECT_EQ(handled, row.wellFormed) << row.name;
+    if (!handled) {
+      continue;
+    }
+    StreamedRecords careful;
+    Json carefulRest;
+    std::string carefulFault;
+    try {
+      carefulRest = TimelineConvert::ParseStreaming(row.text, careful);
+    } catch (const DocumentError& error) {
+      carefulFault = error.what();
+    }
+    EXPECT_EQ(quickFault, carefulFault) << row.name;
+    if (!quickFault.empty()) {
+      continue;  // nothing of a refused document is used
+    }
+    EXPECT_EQ(quickRest, carefulRest) << row.name;
+    EXPECT_EQ(quick.elements.size(), careful.elements.size()) << row.name;
+    EXPECT_EQ(quick.assetOrder.size(), careful.assetOrder.size()) << row.name;
+    for (const auto& faults : {std::make_pair(&quick.elementFault, &careful.elementFault),
+                               std::make_pair(&quick.assetFault, &careful.assetFault)}) {
+      ASSERT_EQ(faults.first->has_value(), faults.second->has_value()) << row.name;
+      if (faults.first->has_value()) {
+        EXPECT_STREQ((*faults.first)->what(), (*faults.second)->what()) << row.name;
+      }
+    }
+  }
 }
 
 }  // namespace
