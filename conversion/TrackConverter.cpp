@@ -1,4 +1,6 @@
 // TrackConverter: media and transition items, whole tracks, the aux track.
+// One source per converter, so that every rule of the track conversion is
+// found under its converter's name; the file is longer than most for that.
 #include "TrackConverter.h"
 
 #include <array>
