@@ -85,7 +85,11 @@ PictureLabels LabelsFromOutcome(const PlaylistDocument& document, const Outcome&
   labels.auxReason = AuxItemReason(findings);
   if (outcome.refusal) {
     const auto& place = outcome.refusal->place;
-    labels.refusal = PictureRefusal{outcome.refusal->message, std::nullopt, DescribePlace(place)};
+    // The explanation names the value to change; the bare place only where
+    // there is none, as the tool's own refusal line does.
+    const auto& explanation = outcome.refusal->explanation;
+    labels.refusal = PictureRefusal{outcome.refusal->message, std::nullopt,
+                                    explanation ? explanation->text : DescribePlace(place)};
     if (place.source == DocumentPlace::Source::Element) {
       labels.refusal->element = place.element;
     }

@@ -112,14 +112,17 @@ TEST(TimelineSvg, RefusedPlaylistIsDrawnUpToTheRefusedElement) {
     ASSERT_TRUE(outcome.refusal);
     EXPECT_EQ(outcome.refusal->message, message);
     if (html) {
-      EXPECT_NE(
-          picture.find("\"refusal\":{\"message\":\"" + message +
-                       "\",\"place\":\"at element 1 (item 2, clip CAM-B-0032)\",\"element\":1}"),
-          std::string::npos);
+      EXPECT_NE(picture.find("\"refusal\":{\"message\":\"" + message +
+                             "\",\"place\":\"the video transition of element 1 (item 2) needs 200 "
+                             "frames of item 1 (clip CAM-A-0031) before the cut, which lasts 150; "
+                             "videoTransitionDuration at most 300 fields\",\"element\":1}"),
+                std::string::npos);
     } else {
       EXPECT_TRUE(tool_testing::IsWellFormedXml(picture));
       EXPECT_NE(picture.find(">Refused: " + message + "<"), std::string::npos);
-      EXPECT_NE(picture.find(">at element 1 (item 2, clip CAM-B-0032); the elements before"),
+      EXPECT_NE(picture.find(">the video transition of element 1 (item 2) needs 200 frames of item "
+                             "1 (clip CAM-A-0031) before the cut, which lasts 150; "
+                             "videoTransitionDuration at most 300 fields; the elements before"),
                 std::string::npos);
       EXPECT_NE(picture.find(">#2 refused<"), std::string::npos);
       EXPECT_EQ(Count(picture, "<rect class=\"picture\""), 1U + 1);
