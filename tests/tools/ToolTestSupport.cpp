@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <fstream>
 #include <sstream>
+#include <tuple>
 
 namespace tool_testing {
 
@@ -69,6 +70,27 @@ bool IsWellFormedXml(const std::string& text) {
       std::system(("'" TEC_XMLLINT_PATH "' --noout '" + path + "'").c_str()) == 0;
   std::remove(path.c_str());
   return wellFormed;
+}
+
+std::shared_ptr<Kov::TimelineEngineModel::TrackItem> Media(const char* id, std::int64_t in,
+                                                           std::int64_t length,
+                                                           std::int64_t mediaIn,
+                                                           std::int64_t mediaLength,
+                                                           bool soundOnly) {
+  auto item = std::make_shared<Kov::TimelineEngineModel::MediaSummaryItem>(id);
+  item->mediaId = id;
+  (soundOnly ? std::tie(item->timelineAudioIn, item->timelineAudioDuration, item->mediaAudioIn,
+                        item->mediaAudioDuration)
+             : std::tie(item->timelineVideoIn, item->timelineVideoDuration, item->mediaVideoIn,
+                        item->mediaVideoDuration)) = std::tie(in, length, mediaIn, mediaLength);
+  return item;
+}
+
+std::shared_ptr<Kov::TimelineEngineModel::TrackItem> Fx(const char* id, int kind, int offset,
+                                                        int duration) {
+  auto item = std::make_shared<Kov::TimelineEngineModel::FxVideoTransitionItem>(id);
+  item->effect = {kind, offset, duration, ""};
+  return item;
 }
 
 }  // namespace tool_testing

@@ -1,7 +1,12 @@
 // Helpers of the timeline-convert tests: running a shell command line with the
-// built program, reading and writing files, checking XML with xmllint.
+// built program, reading and writing files, checking XML with xmllint, and
+// building the engine items that the exports' tests lay on hand-worked tracks.
 #pragma once
 
+#include <TimelineEngineConversion/TimelineEngineConversion.h>
+
+#include <cstdint>
+#include <memory>
 #include <string>
 
 namespace tool_testing {
@@ -27,5 +32,17 @@ std::string ReadFile(const std::string& path);
 void WriteFile(const std::string& path, const std::string& content);
 
 bool IsWellFormedXml(const std::string& text);
+
+// A media item of asset `id` (named like the item) with a picture part only,
+// or a sound part only.
+std::shared_ptr<Kov::TimelineEngineModel::TrackItem> Media(const char* id, std::int64_t in,
+                                                           std::int64_t length,
+                                                           std::int64_t mediaIn,
+                                                           std::int64_t mediaLength,
+                                                           bool soundOnly = false);
+
+// A picture transition of `kind` with its cut `offset` frames into it.
+std::shared_ptr<Kov::TimelineEngineModel::TrackItem> Fx(const char* id, int kind, int offset,
+                                                        int duration);
 
 }  // namespace tool_testing

@@ -21,28 +21,10 @@ namespace Engine = Kov::TimelineEngineModel;
 using Converter = Kov::Replivo::Tollan::TimelineEngineConversion::TimelineConverter;
 using Items = std::vector<std::shared_ptr<Engine::TrackItem>>;
 using TimelineConvert::EdlSide;
+using tool_testing::Fx;
+using tool_testing::Media;
 using tool_testing::ReadFile;
 using tool_testing::SourcePath;
-
-// A media item of asset `id` (named like the item) with a picture part only,
-// or a sound part only.
-std::shared_ptr<Engine::TrackItem> Media(const char* id, std::int64_t in, std::int64_t length,
-                                         std::int64_t mediaIn, std::int64_t mediaLength,
-                                         bool soundOnly = false) {
-  auto item = std::make_shared<Engine::MediaSummaryItem>(id);
-  item->mediaId = id;
-  (soundOnly ? std::tie(item->timelineAudioIn, item->timelineAudioDuration, item->mediaAudioIn,
-                        item->mediaAudioDuration)
-             : std::tie(item->timelineVideoIn, item->timelineVideoDuration, item->mediaVideoIn,
-                        item->mediaVideoDuration)) = std::tie(in, length, mediaIn, mediaLength);
-  return item;
-}
-
-std::shared_ptr<Engine::TrackItem> Fx(const char* id, int kind, int offset, int duration) {
-  auto item = std::make_shared<Engine::FxVideoTransitionItem>(id);
-  item->effect = {kind, offset, duration, ""};
-  return item;
-}
 
 // The events of the list without its two header lines, then each problem
 // ("! ") and approximation ("~ ") with its place.

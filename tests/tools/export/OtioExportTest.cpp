@@ -18,27 +18,10 @@ namespace {
 namespace Engine = Kov::TimelineEngineModel;
 using Converter = Kov::Replivo::Tollan::TimelineEngineConversion::TimelineConverter;
 using Json = nlohmann::ordered_json;
+using tool_testing::Fx;
+using tool_testing::Media;
 using tool_testing::ReadFile;
 using tool_testing::SourcePath;
-
-// A media item of asset `id` with a picture part only, or a sound part only.
-std::shared_ptr<Engine::TrackItem> Media(const char* id, std::int64_t in, std::int64_t length,
-                                         std::int64_t mediaIn, std::int64_t mediaLength,
-                                         bool soundOnly = false) {
-  auto item = std::make_shared<Engine::MediaSummaryItem>(id);
-  item->mediaId = id;
-  (soundOnly ? std::tie(item->timelineAudioIn, item->timelineAudioDuration, item->mediaAudioIn,
-                        item->mediaAudioDuration)
-             : std::tie(item->timelineVideoIn, item->timelineVideoDuration, item->mediaVideoIn,
-                        item->mediaVideoDuration)) = std::tie(in, length, mediaIn, mediaLength);
-  return item;
-}
-
-std::shared_ptr<Engine::TrackItem> Fx(const char* id, int kind, int offset, int duration) {
-  auto item = std::make_shared<Engine::FxVideoTransitionItem>(id);
-  item->effect = {kind, offset, duration, ""};
-  return item;
-}
 
 // "track: child, ..." per track, children placed as the format places them:
 // a clip or gap as name@end media-start+length (xscalar), a transition as

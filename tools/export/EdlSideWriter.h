@@ -1,0 +1,80 @@
+// The writer of one side's list events, shared by the two halves of its work:
+// EdlExport.cpp builds the events from the engine items, EdlChecks.cpp checks
+// each against its place and the one before it. Only those two include it.
+#pragma once
+
+#include <TimelineEngineConversion/TimelineEngineConversion.h>
+
+#include <cstdint>
+#include <map>
+#include <set>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "export/EdlExport.h"
+#include "export/EdlText.h"
+
+namespace TimelineConvert {
+namespace EdlWriting {
+
+namespace Engine = Kov::TimelineEngineModel;
+
+constexpr std::int32_t kOverlappingKind = 2;
+
+struct SideTraits {
+  std::size_t track;
+  bool picture;
+  Engine::TrackItemType transitionType;
+  const char* name;
+};
+
+SideTraits TraitsOf(EdlSide side);
+
+struct Part {
+  std::int64_t timelineIn, timelineDuration, mediaIn, mediaDuration;
+};
+
+Part PartOf(const Engine::MediaSummaryItem& item, bool picture);
+
+// "1 frame", "3 frames".
+std::string Frames(std::int64_t count);
+
+class SideWriter {
+ public:
+  SideWriter(const Engine::Timeline& timeline, const EdlExportInput& input, EdlSide side,
+             const TimecodeBase& base, bool problemsOnly);
+  EdlResult Write();
+
+ private:
+  EdlPlace PlaceOf(const Engine::TrackItem& item, const std::string& clip = "") const;
+  void Problem(const EdlPlace& place, std::string text);
+  void Approximate(const EdlPlace& place, std::string text);
+  void CheckTimecodes();
+  void CheckTimecode(const EdlEvent& event);
+  std::string ClipName(const std::string& assetId) const;
+  void ReadTrack(const Engine::Track& track);
+  void ReadMedia(const Engine::MediaSummaryItem& item, const Engine::FxTransitionItem* incoming);
+  void ReadSpeed(EdlEvent& event);
+  void Place(EdlEvent& event, const Engine::FxTransitionItem* incoming);
+  void ShortenBeforeDissolve(EdlEvent& previous, std::int64_t recordOut);
+  std::string ReelOf(const std::string& clip, const EdlPlace& place);
+  std::string SoundChannel(const std::string& assetId, const EdlPlace& place);
+
+  const Engine::Timeline& timeline_;
+  const EdlExportInput& input_;
+  EdlSide side_;
+  SideTraits traits_;
+  TimecodeBase base_;
+  bool problemsOnly_;
+  std::unordered_map<std::string, const Engine::MediaInfo*> mediaInfos_;
+  std::vector<EdlEvent> events_;
+  std::vector<EdlNote> problems_;
+  std::vector<EdlNote> approximations_;
+  std::map<std::string, std::string> reelOwners_;
+  std::set<std::string> reelClashes_;
+  std::set<std::string> mergedSound_;
+};
+
+}  // namespace EdlWriting
+}  // namespace TimelineConvert
