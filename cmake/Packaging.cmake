@@ -92,8 +92,8 @@ install(FILES examples/consumer/CMakeLists.txt examples/consumer/main.cpp
 include(ApiReference)
 if(TEC_BUILD_TOOLS)
   set(tec_tool_doc_dir "${CMAKE_INSTALL_DATAROOTDIR}/doc/timeline-convert")
-  install(FILES docs/cli.md docs/json-format.md docs/otio.md docs/performance.md docs/viewer.png
-                docs/playlist.schema.json docs/otio.schema.json
+  install(FILES docs/cli.md docs/json-format.md docs/otio.md docs/edl.md docs/performance.md
+                docs/viewer.png docs/playlist.schema.json docs/otio.schema.json
           DESTINATION ${tec_tool_doc_dir} COMPONENT tool)
   install(FILES examples/highlight.json examples/refused.json
           DESTINATION ${tec_tool_doc_dir}/examples COMPONENT tool)

@@ -54,8 +54,9 @@ set(expected_timeline-convert
   usr/share/bash-completion/completions/timeline-convert
   usr/share/zsh/vendor-completions/_timeline-convert
   usr/share/fish/vendor_completions.d/timeline-convert.fish
-  ${tool_doc}/cli.md ${tool_doc}/json-format.md ${tool_doc}/otio.md ${tool_doc}/performance.md
-  ${tool_doc}/viewer.png ${tool_doc}/playlist.schema.json ${tool_doc}/otio.schema.json
+  ${tool_doc}/cli.md ${tool_doc}/json-format.md ${tool_doc}/otio.md ${tool_doc}/edl.md
+  ${tool_doc}/performance.md ${tool_doc}/viewer.png ${tool_doc}/playlist.schema.json
+  ${tool_doc}/otio.schema.json
   ${tool_doc}/examples/highlight.json ${tool_doc}/examples/refused.json)
 # Beyond the lists: the per-configuration targets file, and the API reference
 # with its doc-base registration when doxygen made it.
