@@ -126,6 +126,14 @@ Severity ExportSeverityOf(const std::string& kind) {
   return Severity::Warning;
 }
 
+std::vector<std::string> ExportFindingKinds() {
+  std::vector<std::string> kinds;
+  for (const auto& row : kExportKinds) {
+    kinds.emplace_back(row.kind);
+  }
+  return kinds;
+}
+
 const char* EdlBlockingKind(EdlSide side) {
   switch (side) {
     case EdlSide::Picture:

@@ -20,6 +20,9 @@ enum class EdlSide;
 // The severity of an export's kind of finding; Warning for any other word.
 Severity ExportSeverityOf(const std::string& kind);
 
+// Every kind of finding an export adds, in the order of its table.
+std::vector<std::string> ExportFindingKinds();
+
 // The kind of finding that blocks the list of one side: "not-in-picture-edl",
 // "not-in-sound-edl" or "not-in-aux-edl".
 const char* EdlBlockingKind(EdlSide side);

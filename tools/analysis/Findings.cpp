@@ -71,6 +71,10 @@ std::vector<std::string> FindingKinds() {
   for (const auto& row : kKinds) {
     kinds.emplace_back(row.kind);
   }
+  // The exports' kinds are findings like any other: --only and --ignore take them.
+  for (auto& kind : ExportFindingKinds()) {
+    kinds.push_back(std::move(kind));
+  }
   return kinds;
 }
 
