@@ -21,6 +21,9 @@ namespace TimelineConvert {
 
 namespace {
 
+// The findings of one kind the page draws and lists; check --all lists every one.
+constexpr std::size_t kPageFindingsPerKind = 1000;
+
 namespace Engine = Kov::TimelineEngineModel;
 namespace Conversion = Kov::Replivo::Tollan::TimelineEngineConversion;
 
@@ -243,9 +246,16 @@ std::string ViewData(const Picture& picture) {
   }
   json.Close('}');
   // Findings: [kind, severity, element or -1, place, message, pointer, {numbers}],
-  // the same list check prints.
+  // the same list check prints. A long sequence can hold a finding of one kind
+  // on nearly every element (a drift after an early overlap); past
+  // kPageFindingsPerKind of a kind the page says how many more there are
+  // instead, as check does past its first ten, so that the page stays small.
   json.Key("findings").Open('[');
+  std::unordered_map<std::string, std::size_t> findingsOfKind;
   for (const auto& finding : labels.findings) {
+    if (++findingsOfKind[finding.kind] > kPageFindingsPerKind) {
+      continue;
+    }
     const bool atElement = finding.place.source == DocumentPlace::Source::Element;
     json.Open('[').Text(finding.kind).Text(SeverityWord(finding.severity));
     json.Int(atElement ? static_cast<long long>(finding.place.element) : -1LL);
@@ -255,6 +265,18 @@ std::string ViewData(const Picture& picture) {
       json.Key(number.first.c_str()).Int(number.second);
     }
     json.Close('}').Close(']');
+  }
+  for (const auto& finding : labels.findings) {
+    auto found = findingsOfKind.find(finding.kind);
+    if (found == findingsOfKind.end() || found->second <= kPageFindingsPerKind) {
+      continue;
+    }
+    const auto more = static_cast<long long>(found->second - kPageFindingsPerKind);
+    json.Open('[').Text(finding.kind).Text(SeverityWord(finding.severity)).Int(-1LL).Text("");
+    json.Text(std::to_string(more) + " more " + finding.kind +
+              " findings (check --all lists them)");
+    json.Text("").Open('{').Key("more").Int(more).Close('}').Close(']');
+    findingsOfKind.erase(found);
   }
   json.Close(']');
   json.Key("rows").Open('[');

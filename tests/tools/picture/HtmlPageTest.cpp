@@ -192,4 +192,21 @@ TEST(HtmlPage, ColumnsAndIdsDecodeToWhatThePictureHolds) {
   }
 }
 
+TEST(HtmlPage, FindingsPastTheLimitOfAKindAreCounted) {
+  const auto timeline = TimelineOf({100, 100});
+  auto picture = PictureOf(timeline, {"a", "b"});
+  for (int index = 0; index < 1003; ++index) {
+    picture.labels.findings.push_back(TimelineConvert::Finding{
+        "av-drift", TimelineConvert::Severity::Warning, {}, "drift", {{"offset", index}}});
+  }
+  picture.labels.findings.push_back(
+      TimelineConvert::Finding{"overlap", TimelineConvert::Severity::Warning, {}, "overlap", {}});
+  const auto findings = PageData(TimelineConvert::PictureToHtml(picture))["findings"];
+  ASSERT_EQ(findings.size(), 1000U + 1 + 1);
+  EXPECT_EQ(findings[999][6]["offset"], 999);
+  EXPECT_EQ(findings[1000][0], "overlap");
+  EXPECT_EQ(findings[1001][4], "3 more av-drift findings (check --all lists them)");
+  EXPECT_EQ(findings[1001][6]["more"], 3);
+}
+
 }  // namespace
