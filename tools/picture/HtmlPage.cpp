@@ -119,7 +119,7 @@ const MarkColumn kMarkColumns[] = {
 // script decodes them only when a search or an address needs one.
 void WriteIds(DataWriter& json, const std::vector<ViewItem>& items) {
   const bool joinable = std::none_of(items.begin(), items.end(), [](const ViewItem& item) {
-    return item.id.find('\n') != std::string::npos;
+    return item.id->find('\n') != std::string::npos;
   });
   Column shared;
   json.Key("ids").Open('{');
@@ -131,7 +131,7 @@ void WriteIds(DataWriter& json, const std::vector<ViewItem>& items) {
     shared.Write(json, "shared");
     json.Key("rest").Open('[');
     for (const auto& item : items) {
-      json.Text(item.id);
+      json.Text(*item.id);
     }
     json.Close(']').Close('}');
     return;
@@ -141,42 +141,42 @@ void WriteIds(DataWriter& json, const std::vector<ViewItem>& items) {
   const std::string* previousIds[2] = {nullptr, nullptr};
   for (const auto& item : items) {
     const std::string*& previousId = previousIds[item.transition ? 1 : 0];
+    const std::string& id = *item.id;
     std::size_t common = 0;
     std::size_t tail = 0;
     if (previousId != nullptr) {
       const std::string& before = *previousId;
-      const std::size_t most = std::min(before.size(), item.id.size());
+      const std::size_t most = std::min(before.size(), id.size());
       // ASCII only: the viewer counts the shared parts in characters.
-      while (common < most && before[common] == item.id[common] &&
-             static_cast<unsigned char>(item.id[common]) < 0x80) {
+      while (common < most && before[common] == id[common] &&
+             static_cast<unsigned char>(id[common]) < 0x80) {
         ++common;
       }
-      while (common + tail < most &&
-             before[before.size() - 1 - tail] == item.id[item.id.size() - 1 - tail] &&
-             static_cast<unsigned char>(item.id[item.id.size() - 1 - tail]) < 0x80) {
+      while (common + tail < most && before[before.size() - 1 - tail] == id[id.size() - 1 - tail] &&
+             static_cast<unsigned char>(id[id.size() - 1 - tail]) < 0x80) {
         ++tail;
       }
     }
-    previousId = &item.id;
+    previousId = &id;
     shared.Add(static_cast<double>(common));
     suffixes.Add(static_cast<double>(tail));
     if (&item != &items.front()) {
       rests += '\n';
     }
-    rests.append(item.id, common, item.id.size() - common - tail);
+    rests.append(id, common, id.size() - common - tail);
   }
   shared.Write(json, "shared");
   suffixes.Write(json, "suffix");
   json.Key("rest").Text(rests).Close('}');
 }
 
-std::string ViewData(const Picture& picture) {
+// Appends the data to the page being written, which is the largest part of
+// a large page: made apart and then copied in, it would be held twice.
+void WriteViewData(const Picture& picture, std::string& out) {
   const auto& timeline = picture.timeline;
   const auto& rate = picture.rate;
   const auto& labels = picture.labels;
   const auto& view = picture.view;
-  std::string out;
-  out.reserve(48 * view.items.size() + 4096);
   DataWriter json(out);
   json.Open('{');
   json.Key("title").Text(labels.title);
@@ -241,7 +241,7 @@ std::string ViewData(const Picture& picture) {
   for (std::size_t index = 0; index < view.items.size(); ++index) {
     const auto& item = view.items[index];
     if (!item.transition && item.asset < 0 && (item.flags & kRefused) == 0) {
-      json.Key(std::to_string(index).c_str()).Text(item.mediaId);
+      json.Key(std::to_string(index).c_str()).Text(*item.mediaId);
     }
   }
   json.Close('}');
@@ -286,14 +286,29 @@ std::string ViewData(const Picture& picture) {
   }
   json.Close(']');
   json.Close('}');
-  return out;
+}
+
+// Room for the whole page at once: the findings' words are most of a large
+// page, and a string that grows by doubling would hold up to three times
+// the page while it copies. Room that is never written costs no memory.
+std::size_t PageSizeEstimate(const Picture& picture) {
+  std::size_t size = 48 * picture.view.items.size() + 4096 + std::strlen(ViewerStyle()) +
+                     std::strlen(ViewerScript());
+  for (const auto& finding : picture.labels.findings) {
+    size +=
+        2 * (finding.message.size() + finding.place.pointer.size() + finding.place.clip.size()) +
+        finding.kind.size() + 32 * finding.numbers.size() + 64;
+  }
+  return size;
 }
 
 }  // namespace
 
 std::string PictureToHtml(const Picture& picture) {
   const auto& labels = picture.labels;
-  std::string page =
+  std::string page;
+  page.reserve(PageSizeEstimate(picture));
+  page +=
       "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
       "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n"
       // Nothing may be fetched: the page works offline and leaks nothing.
@@ -306,7 +321,7 @@ std::string PictureToHtml(const Picture& picture) {
       "</style>\n</head>\n<body>\n<noscript>The timeline viewer needs JavaScript; "
       "timeline-convert render without --html writes a static SVG picture.</noscript>\n"
       "<script type=\"application/json\" id=\"timeline-data\">";
-  page += ViewData(picture);
+  WriteViewData(picture, page);
   page += "</script>\n<script>\n";
   page += ViewerScript();
   page += "</script>\n</body>\n</html>\n";

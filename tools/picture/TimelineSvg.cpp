@@ -357,10 +357,10 @@ class SvgWriter {
       const std::string kind = std::to_string(item.effectKind);
       return std::string(item.audio ? "audio" : "video") + " transition, effect kind " + kind +
              "\noffset " + Frames(item.offset) + ", duration " + Frames(item.duration) +
-             " frames\n" + item.id + SourceText(item);
+             " frames\n" + *item.id + SourceText(item);
     }
-    return "item " + item.number + " (" + item.id + ")\nasset " + AssetText(item) + " (" +
-           item.mediaId + ")\n" +
+    return "item " + item.number + " (" + *item.id + ")\nasset " + AssetText(item) + " (" +
+           *item.mediaId + ")\n" +
            PartText("picture", item.timelineVideoIn, item.timelineVideoDuration, item.mediaVideoIn,
                     item.mediaVideoDuration) +
            "\n" +

@@ -153,10 +153,10 @@ struct ViewBuilder {
 
   void AddMedia(std::size_t track, const Engine::MediaSummaryItem& media, RowState* states) {
     ViewItem item;
-    item.id = media.Id().Text();
-    const auto number = labels.itemNumbers.find(item.id);
+    item.id = &media.Id().Text();
+    const auto number = labels.itemNumbers.find(*item.id);
     item.number = number != labels.itemNumbers.end() ? number->second : "#?";
-    const auto element = labels.itemElements.find(item.id);
+    const auto element = labels.itemElements.find(*item.id);
     if (element != labels.itemElements.end()) {
       item.element = element->second;
     }
@@ -169,8 +169,8 @@ struct ViewBuilder {
     item.mediaVideoDuration = media.mediaVideoDuration;
     item.mediaAudioIn = media.mediaAudioIn;
     item.mediaAudioDuration = media.mediaAudioDuration;
-    item.mediaId = media.mediaId.Text();
-    const auto asset = assetIndex.find(item.mediaId);
+    item.mediaId = &media.mediaId.Text();
+    const auto asset = assetIndex.find(*item.mediaId);
     item.asset = asset != assetIndex.end() ? asset->second : -1;
     std::uint8_t flags = 0;
     if (item.element) {
@@ -208,8 +208,8 @@ struct ViewBuilder {
                      const Engine::MediaSummaryItem* previous, RowState* states) {
     const bool sound = fx.GetType() == Engine::FxAudioTransition;
     ViewItem item;
-    item.id = fx.Id().Text();
-    const auto element = labels.itemElements.find(item.id);
+    item.id = &fx.Id().Text();
+    const auto element = labels.itemElements.find(*item.id);
     if (element != labels.itemElements.end()) {
       item.element = element->second;
       item.number = "#" + std::to_string(labels.elements[element->second].itemNumber) +

@@ -113,9 +113,18 @@ struct Mark {
   std::uint32_t item = 0;
 };
 
-// One item of the timeline with every field the details need.
+// The text a view item points at when the timeline has none for it (the
+// refused element is no timeline item).
+inline const std::string& NoText() {
+  static const std::string empty;
+  return empty;
+}
+
+// One item of the timeline with every field the details need. Its
+// identifiers point into the timeline, which outlives the view: a large
+// timeline is not held twice.
 struct ViewItem {
-  std::string id;
+  const std::string* id = &NoText();
   std::string number;  // "#3", "aux", "#?" or a transition's "#3 fx"
   std::optional<std::size_t> element;
   std::size_t track = 0;
@@ -126,7 +135,7 @@ struct ViewItem {
   std::int64_t mediaVideoIn = 0, mediaVideoDuration = 0;
   std::int64_t mediaAudioIn = 0, mediaAudioDuration = 0;
   int asset = -1;  // index into PictureLabels::assets
-  std::string mediaId;
+  const std::string* mediaId = &NoText();
   // Transition fields.
   bool audio = false;
   std::int32_t effectKind = 0;

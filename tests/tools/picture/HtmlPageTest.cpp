@@ -103,7 +103,7 @@ TimelineConvert::Picture PictureOf(const Engine::Timeline& timeline,
   TimelineConvert::Picture picture{timeline, {50, 1}, labels, {}};
   picture.view = TimelineConvert::MakeTimelineView(timeline, picture.labels);
   for (std::size_t index = 0; index < ids.size(); ++index) {
-    picture.view.items[index].id = ids[index];
+    picture.view.items[index].id = &ids[index];
   }
   return picture;
 }
