@@ -10,6 +10,7 @@
 #include "analysis/Outcome.h"
 #include "document/PlaylistDocument.h"
 #include "picture/HtmlPage.h"
+#include "picture/PictureText.h"
 #include "picture/TimelineSvg.h"
 
 namespace {
@@ -250,8 +251,12 @@ TEST(TimelineSvg, AnyTextAndAnyNumbersGiveWellFormedXml) {
 TEST(TimelineSvg, RulerCountsTimecodeAtTheSequenceRate) {
   PictureLabels labels;
   const auto timeline = TimelineOfLengths({600}, labels);
-  EXPECT_NE(TimelineToSvg(timeline, {60000, 1001}, labels).find(">00:00:05:00<"),
+  // Drop-frame labels, as the viewer's: the 1,800th frame at 30000/1001 is
+  // labelled a minute and two frames on, the first two of the minute skipped.
+  EXPECT_NE(TimelineToSvg(timeline, {60000, 1001}, labels).find(">00:00:05;00<"),
             std::string::npos);
+  EXPECT_EQ(TimelineConvert::Timecode(1800, {30000, 1001}), "00:01:00;02");
+  EXPECT_EQ(TimelineConvert::Timecode(-1800, {30000, 1001}), "-00:01:00;02");
   EXPECT_NE(TimelineToSvg(timeline, kRate50, labels).find(">00:00:10:00<"), std::string::npos);
   EXPECT_NE(TimelineToSvg(timeline, {0, 1}, labels).find(">frame 0<"), std::string::npos);
 }
