@@ -95,7 +95,8 @@ Json PageData(const std::string& page) {
   return Json::parse(page.substr(from, page.find("</script>", from) - from));
 }
 
-// Items of the given lengths one after another, with the given ids.
+// Items of the given lengths one after another, with the given ids, which
+// the picture points at: they must outlive it.
 TimelineConvert::Picture PictureOf(const Engine::Timeline& timeline,
                                    const std::vector<std::string>& ids) {
   TimelineConvert::PictureLabels labels;
@@ -194,7 +195,8 @@ TEST(HtmlPage, ColumnsAndIdsDecodeToWhatThePictureHolds) {
 
 TEST(HtmlPage, FindingsPastTheLimitOfAKindAreCounted) {
   const auto timeline = TimelineOf({100, 100});
-  auto picture = PictureOf(timeline, {"a", "b"});
+  const std::vector<std::string> ids = {"a", "b"};  // the view points at them
+  auto picture = PictureOf(timeline, ids);
   for (int index = 0; index < 1003; ++index) {
     picture.labels.findings.push_back(TimelineConvert::Finding{
         "av-drift", TimelineConvert::Severity::Warning, {}, "drift", {{"offset", index}}});
