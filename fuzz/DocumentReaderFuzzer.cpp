@@ -10,6 +10,7 @@
 #include <string>
 
 #include "document/AssetKeys.h"
+#include "document/DocumentPlace.h"
 #include "document/DocumentStream.h"
 #include "document/PlaylistDocument.h"
 #include "export/EngineJson.h"
@@ -24,11 +25,13 @@ namespace Conversion = Kov::Replivo::Tollan::TimelineEngineConversion;
 }
 
 // A refusal names a place: "line L, column C", a JSON pointer, or "byte N".
+// The message shows it escaped, as it shows every text from the document.
 void RequirePlacedRefusal(const TimelineConvert::DocumentError& error) {
   const std::string& where = error.Where();
   const bool placed =
       where.rfind("line ", 0) == 0 || where.rfind("/", 0) == 0 || where.rfind("byte ", 0) == 0;
-  if (!placed || std::string(error.what()).rfind(where + ": ", 0) != 0) {
+  const std::string shown = TimelineConvert::EscapedText(where) + ": ";
+  if (!placed || std::string(error.what()).rfind(shown, 0) != 0) {
     Fail(std::string("a refusal without its place: ") + error.what());
   }
 }

@@ -14,7 +14,8 @@
 namespace TimelineConvert {
 
 // A document that cannot be used. Where() is "line 3, column 14" or a JSON
-// pointer such as "/playlist/rate/numerator"; what() is "<where>: <problem>".
+// pointer such as "/playlist/rate/numerator"; what() is "<where>: <problem>",
+// both with control characters and invalid UTF-8 escaped.
 class DocumentError : public std::runtime_error {
  public:
   DocumentError(const std::string& where, const std::string& problem);
