@@ -12,7 +12,10 @@ namespace Data = Kov::Replivo::Data;
 namespace Engine = Kov::TimelineEngineModel;
 
 // Ranges held sorted by their start: a reversed or empty one, and one that
-// starts before an earlier one ends. The values are in 100 ns ticks.
+// starts before an earlier one ends. The values are in 100 ns ticks: the
+// range's start and end, then how far the earlier ones reach.
+constexpr const char* kRangeNumbers[] = {"start", "end", nullptr};
+
 void CheckRecordedRanges(FindingList& findings) {
   const auto& document = findings.Document();
   for (std::size_t position = 0; position < document.assetOrder.size(); ++position) {
@@ -25,22 +28,15 @@ void CheckRecordedRanges(FindingList& findings) {
     for (const auto& range : found->second.timeBounds) {
       const std::int64_t start = range.start.value;
       const std::int64_t end = range.end.value;
-      const Numbers numbers = {{"start", start}, {"end", end}};
       if (end < start) {
-        findings.InAsset(position, "reversed-recorded-range",
-                         "a recorded range ends (" + std::to_string(end) + ") before it starts (" +
-                             std::to_string(start) + ")",
-                         numbers, "/timeBounds");
+        findings.InAsset(position, FindingKind::ReversedRecordedRange, kRangeNumbers, {start, end},
+                         "/timeBounds");
       } else if (end == start) {
-        findings.InAsset(position, "empty-recorded-range",
-                         "a recorded range starts and ends at " + std::to_string(start), numbers,
+        findings.InAsset(position, FindingKind::EmptyRecordedRange, kRangeNumbers, {start, end},
                          "/timeBounds");
       } else if (seen && start < reach) {
-        findings.InAsset(position, "overlapping-recorded-ranges",
-                         "the recorded range from " + std::to_string(start) + " to " +
-                             std::to_string(end) + " starts before an earlier one ends (" +
-                             std::to_string(reach) + ")",
-                         numbers, "/timeBounds");
+        findings.InAsset(position, FindingKind::OverlappingRecordedRanges, kRangeNumbers,
+                         {start, end, reach}, "/timeBounds");
       }
       if (end > start) {
         reach = seen ? std::max(reach, end) : end;
@@ -50,6 +46,24 @@ void CheckRecordedRanges(FindingList& findings) {
   }
 }
 
+void RecordedRangeMessage(std::string& out, const Finding& finding, const FindingSource&) {
+  const std::string start = std::to_string(finding.values[0]);
+  const std::string end = std::to_string(finding.values[1]);
+  switch (finding.kind) {
+    case FindingKind::ReversedRecordedRange:
+      out += "a recorded range ends (" + end + ") before it starts (" + start + ")";
+      break;
+    case FindingKind::EmptyRecordedRange:
+      out += "a recorded range starts and ends at " + start;
+      break;
+    default:
+      out += "the recorded range from " + start + " to " + end +
+             " starts before an earlier one ends (" + std::to_string(finding.values[2]) + ")";
+      break;
+  }
+}
+
+// One aux item at most: held in words.
 void CheckAuxItem(FindingList& findings, const Engine::Timeline& timeline) {
   const auto& document = findings.Document();
   const auto& aux = document.playlist.auxTrackUmId;
@@ -78,7 +92,8 @@ void CheckAuxItem(FindingList& findings, const Engine::Timeline& timeline) {
           (wholeMaterial ? "material" : "marked range") + ", which is " +
           std::to_string(marked.duration) + " frames long";
   }
-  findings.InAuxTrack("empty-aux-item", kAuxItemEmpty + why, {{"marked", marked.duration}});
+  findings.Spelled(FindingKind::EmptyAuxItem, DocumentPlace::AuxTrack(document),
+                   kAuxItemEmpty + why, {{"marked", marked.duration}});
 }
 
 }  // namespace TimelineConvert

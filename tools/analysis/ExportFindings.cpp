@@ -6,6 +6,7 @@
 
 #include <limits>
 
+#include "analysis/FindingList.h"
 #include "export/EdlExport.h"
 #include "export/EdlInput.h"
 
@@ -15,25 +16,6 @@ namespace {
 
 namespace Engine = Kov::TimelineEngineModel;
 
-struct KindRow {
-  const char* kind;
-  Severity severity;
-};
-
-constexpr KindRow kExportKinds[] = {
-    {"negative-duration", Severity::BlocksOtio},
-    {"transition-negative-length", Severity::BlocksOtio},
-    {"not-in-picture-edl", Severity::BlocksEdl},
-    {"not-in-sound-edl", Severity::BlocksEdl},
-    {"not-in-aux-edl", Severity::BlocksEdl},
-};
-
-Finding AtElement(const PlaylistDocument& document, std::size_t index, const char* kind,
-                  std::string message, Numbers numbers, const std::string& field = "") {
-  return Finding{kind, ExportSeverityOf(kind), DocumentPlace::Element(document, index, field),
-                 std::move(message), std::move(numbers)};
-}
-
 // Whether the effect reaches back before its cut or forward by less than nothing.
 bool NegativeAfterCut(const Engine::FxTransitionItem& item) {
   const auto& effect = item.FxTransition();
@@ -42,14 +24,20 @@ bool NegativeAfterCut(const Engine::FxTransitionItem& item) {
          afterCut < 0;
 }
 
+constexpr const char* kTransitionNumbers[] = {"offset", "duration", nullptr};
+constexpr const char* kDurationNumbers[] = {"picture", "sound", nullptr};
+
 // A transition must reach forward from its cut and back to it, and a media
 // item must not last less than nothing: the engine plays both, no interchange
-// format holds them.
+// format holds them. A transition's finding keeps its position in the track,
+// for its identifier; variant 1 for a sound transition.
 void FindOtioBlocks(const PlaylistDocument& document, const Engine::Timeline& timeline,
-                    std::vector<Finding>& findings) {
+                    FindingList& findings) {
   const std::size_t elements = document.playlist.audioVideoTrack.elements.size();
   std::size_t index = 0;
-  for (const auto& item : timeline.tracks.at(0).items) {
+  const auto& items = timeline.tracks.at(0).items;
+  for (std::size_t position = 0; position < items.size(); ++position) {
+    const auto& item = items[position];
     if (index >= elements) {
       break;
     }
@@ -58,96 +46,113 @@ void FindOtioBlocks(const PlaylistDocument& document, const Engine::Timeline& ti
       const auto& transition = static_cast<const Engine::FxTransitionItem&>(*item);
       if (NegativeAfterCut(transition)) {
         const auto& effect = transition.FxTransition();
-        findings.push_back(
-            AtElement(document, index, "transition-negative-length",
-                      "transition " + item->Id().Text() +
-                          " reaches a negative length before or after its cut (offset " +
-                          std::to_string(effect.offset) + ", duration " +
-                          std::to_string(effect.duration) + ").",
-                      {{"offset", effect.offset}, {"duration", effect.duration}},
-                      type == Engine::FxAudioTransition ? "/audioTransitionDuration"
-                                                        : "/videoTransitionDuration"));
+        const bool audio = type == Engine::FxAudioTransition;
+        findings.AtElement(index, FindingKind::TransitionNegativeLength, kTransitionNumbers,
+                           {effect.offset, effect.duration, static_cast<std::int64_t>(position)},
+                           audio ? "/audioTransitionDuration" : "/videoTransitionDuration",
+                           audio ? 1 : 0);
       }
       continue;
     }
     const auto& media = static_cast<const Engine::MediaSummaryItem&>(*item);
     if (media.timelineVideoDuration < 0 || media.timelineAudioDuration < 0) {
-      findings.push_back(AtElement(
-          document, index, "negative-duration",
-          "the media item lasts " + std::to_string(media.timelineVideoDuration) +
-              " frames (picture) and " + std::to_string(media.timelineAudioDuration) +
-              " frames (sound) on the timeline",
-          {{"picture", media.timelineVideoDuration}, {"sound", media.timelineAudioDuration}}));
+      findings.AtElement(index, FindingKind::NegativeDuration, kDurationNumbers,
+                         {media.timelineVideoDuration, media.timelineAudioDuration});
     }
     ++index;
   }
 }
 
-DocumentPlace PlaceOf(const PlaylistDocument& document, const EdlPlace& place) {
-  if (place.aux) {
-    return DocumentPlace::AuxTrack(document);
-  }
-  if (place.element && place.element->index < document.playlist.audioVideoTrack.elements.size()) {
-    return DocumentPlace::Element(document, place.element->index);
-  }
-  return DocumentPlace{};
+EdlSide SideOf(FindingKind kind) {
+  return kind == FindingKind::NotInPictureEdl ? EdlSide::Picture
+         : kind == FindingKind::NotInSoundEdl ? EdlSide::Sound
+                                              : EdlSide::Aux;
 }
 
+// A problem at an element or the aux clip is held as its kind (the variant)
+// and values, with values[3] 1 when the text says "the item"; one at an item
+// the document does not name, or that names another item, is held in words.
 void FindEdlBlocks(const PlaylistDocument& document, const Engine::Timeline& timeline,
-                   std::vector<Finding>& findings) {
+                   FindingList& findings) {
   const EdlExportInput input = EdlInputFromDocument(document);
+  const std::size_t elements = document.playlist.audioVideoTrack.elements.size();
   for (const EdlSide side : EdlSidesOf(timeline)) {
-    const EdlResult result = TimelineToEdl(timeline, input, side, true);
-    for (const auto& problem : result.problems) {
-      // The place names the element; an item it does not know is named here.
-      const std::string what = problem.place.itemId.empty() ? problem.text
-                               : problem.place.element || problem.place.aux
-                                   ? "the item " + problem.text
-                                   : "item " + problem.place.itemId + " " + problem.text;
-      const char* kind = EdlBlockingKind(side);
-      findings.push_back(
-          Finding{kind,
-                  ExportSeverityOf(kind),
-                  PlaceOf(document, problem.place),
-                  "the " + std::string(EdlSideName(side)) + " EDL cannot hold it: " + what,
-                  {}});
-    }
+    const FindingKind kind = EdlBlockingKind(side);
+    FindEdlProblems(timeline, input, side, [&](const EdlProblem& problem) {
+      const auto& place = problem.place;
+      const bool known = place.itemId.empty() || place.element || place.aux;
+      if (known && problem.detail.empty()) {
+        const std::int64_t theItem = place.itemId.empty() ? 0 : 1;
+        const auto variant = static_cast<std::uint8_t>(problem.kind);
+        if (place.aux) {
+          findings.InAuxTrack(
+              kind, {problem.values[0], problem.values[1], problem.values[2], theItem}, variant);
+        } else if (place.element && place.element->index < elements) {
+          findings.AtElement(place.element->index, kind, nullptr,
+                             {problem.values[0], problem.values[1], problem.values[2], theItem}, "",
+                             variant);
+        } else {
+          findings.Nowhere(kind, {problem.values[0], problem.values[1], problem.values[2], theItem},
+                           variant);
+        }
+        return;
+      }
+      DocumentPlace at;
+      if (place.aux) {
+        at = DocumentPlace::AuxTrack(document);
+      } else if (place.element && place.element->index < elements) {
+        at = DocumentPlace::Element(document, place.element->index);
+      }
+      const std::string text = problem.Text();
+      const std::string what = place.itemId.empty()         ? text
+                               : place.element || place.aux ? "the item " + text
+                                                            : "item " + place.itemId + " " + text;
+      findings.Spelled(kind, std::move(at),
+                       "the " + std::string(EdlSideName(side)) + " EDL cannot hold it: " + what,
+                       {});
+    });
   }
 }
 
 }  // namespace
 
-Severity ExportSeverityOf(const std::string& kind) {
-  for (const auto& row : kExportKinds) {
-    if (kind == row.kind) {
-      return row.severity;
-    }
-  }
-  return Severity::Warning;
+void NegativeDurationMessage(std::string& out, const Finding& finding, const FindingSource&) {
+  out += "the media item lasts " + std::to_string(finding.values[0]) + " frames (picture) and " +
+         std::to_string(finding.values[1]) + " frames (sound) on the timeline";
 }
 
-std::vector<std::string> ExportFindingKinds() {
-  std::vector<std::string> kinds;
-  for (const auto& row : kExportKinds) {
-    kinds.emplace_back(row.kind);
-  }
-  return kinds;
+void TransitionNegativeLengthMessage(std::string& out, const Finding& finding,
+                                     const FindingSource& source) {
+  const auto& item =
+      source.timeline.tracks.at(0).items.at(static_cast<std::size_t>(finding.values[2]));
+  out += "transition " + item->Id().Text() +
+         " reaches a negative length before or after its cut (offset " +
+         std::to_string(finding.values[0]) + ", duration " + std::to_string(finding.values[1]) +
+         ").";
 }
 
-const char* EdlBlockingKind(EdlSide side) {
+void EdlBlockMessage(std::string& out, const Finding& finding, const FindingSource&) {
+  out += std::string("the ") + EdlSideName(SideOf(finding.kind)) + " EDL cannot hold it: ";
+  if (finding.values[3] != 0) {
+    out += "the item ";
+  }
+  AppendEdlProblemText(out, static_cast<EdlProblemKind>(finding.variant), finding.values);
+}
+
+FindingKind EdlBlockingKind(EdlSide side) {
   switch (side) {
     case EdlSide::Picture:
-      return "not-in-picture-edl";
+      return FindingKind::NotInPictureEdl;
     case EdlSide::Sound:
-      return "not-in-sound-edl";
+      return FindingKind::NotInSoundEdl;
     case EdlSide::Aux:
       break;
   }
-  return "not-in-aux-edl";
+  return FindingKind::NotInAuxEdl;
 }
 
 void AddExportFindings(const PlaylistDocument& document, const Outcome& outcome,
-                       std::vector<Finding>& findings) {
+                       FindingList& findings) {
   if (outcome.refusal || outcome.timeline.tracks.empty()) {
     return;
   }

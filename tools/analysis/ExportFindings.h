@@ -17,19 +17,15 @@ namespace TimelineConvert {
 
 enum class EdlSide;
 
-// The severity of an export's kind of finding; Warning for any other word.
-Severity ExportSeverityOf(const std::string& kind);
+class FindingList;
 
-// Every kind of finding an export adds, in the order of its table.
-std::vector<std::string> ExportFindingKinds();
+// The kind of finding that blocks the list of one side: not-in-picture-edl,
+// not-in-sound-edl or not-in-aux-edl.
+FindingKind EdlBlockingKind(EdlSide side);
 
-// The kind of finding that blocks the list of one side: "not-in-picture-edl",
-// "not-in-sound-edl" or "not-in-aux-edl".
-const char* EdlBlockingKind(EdlSide side);
-
-// Appends the export findings of a converted timeline (none when refused), in
+// Adds the export findings of a converted timeline (none when refused), in
 // engine track order.
 void AddExportFindings(const PlaylistDocument& document, const Outcome& outcome,
-                       std::vector<Finding>& findings);
+                       FindingList& findings);
 
 }  // namespace TimelineConvert

@@ -4,10 +4,12 @@
 // function below looks at one subject and lives in the file of that subject:
 // DocumentFindings.cpp (what the document says on its own), TrackFindings.cpp
 // (the timeline's track, item by item) and AssetFindings.cpp (the assets and
-// the aux item).
+// the aux item). Next to each finder is the function that puts its kind in
+// words, which the table of kinds names.
 #pragma once
 
 #include <cstdint>
+#include <initializer_list>
 #include <limits>
 #include <string>
 #include <utility>
@@ -19,47 +21,62 @@ namespace TimelineConvert {
 
 class FindingList {
  public:
-  explicit FindingList(const PlaylistDocument& document) : document_(document) {}
+  FindingList(Findings& findings, const PlaylistDocument& document)
+      : findings_(findings), document_(document) {}
 
   const PlaylistDocument& Document() const { return document_; }
 
   // `field` is a pointer below the element ("/speed"), or empty.
-  void AtElement(std::size_t index, const char* kind, std::string message, Numbers numbers = {},
-                 const std::string& field = "") {
-    Add(kind, DocumentPlace::Element(document_, index, field), std::move(message),
-        std::move(numbers));
+  void AtElement(std::size_t index, FindingKind kind, NumberNames names,
+                 std::initializer_list<std::int64_t> values, const char* field = "",
+                 std::uint8_t variant = 0) {
+    Add(kind, FindingSubject::Element, index, names, values, field, variant);
   }
 
   // `field` is a pointer below the asset ("/timeBounds"), or empty.
-  void InAsset(std::size_t position, const char* kind, std::string message, Numbers numbers = {},
-               const std::string& field = "") {
-    auto place = DocumentPlace::Asset(document_.assetOrder[position], position);
-    place.pointer += field;
-    Add(kind, std::move(place), std::move(message), std::move(numbers));
+  void InAsset(std::size_t position, FindingKind kind, NumberNames names,
+               std::initializer_list<std::int64_t> values, const char* field = "") {
+    Add(kind, FindingSubject::Asset, position, names, values, field, 0);
   }
 
-  // A value of the playlist itself, such as "/playlist/durationInFields".
-  void AtPlaylist(const char* kind, std::string message, Numbers numbers,
-                  const std::string& pointer) {
-    DocumentPlace place;
-    place.pointer = pointer;
-    Add(kind, std::move(place), std::move(message), std::move(numbers));
+  void InAuxTrack(FindingKind kind, std::initializer_list<std::int64_t> values,
+                  std::uint8_t variant = 0) {
+    Add(kind, FindingSubject::AuxTrack, 0, nullptr, values, "", variant);
   }
 
-  void InAuxTrack(const char* kind, std::string message, Numbers numbers) {
-    Add(kind, DocumentPlace::AuxTrack(document_), std::move(message), std::move(numbers));
+  // Pinned to nothing the document names.
+  void Nowhere(FindingKind kind, std::initializer_list<std::int64_t> values,
+               std::uint8_t variant = 0) {
+    Add(kind, FindingSubject::Playlist, 0, nullptr, values, "", variant);
   }
 
-  void Add(const char* kind, DocumentPlace place, std::string message, Numbers numbers) {
-    findings_.push_back(
-        Finding{kind, SeverityOf(kind), std::move(place), std::move(message), std::move(numbers)});
+  // A finding held in words whole: one of a kind per document at most.
+  void Spelled(FindingKind kind, DocumentPlace place, std::string message, Numbers numbers) {
+    findings_.Add(kind, FindingWords{KindWord(kind), SeverityOf(kind), std::move(place),
+                                     std::move(message), std::move(numbers)});
   }
-
-  std::vector<Finding> Take() { return std::move(findings_); }
 
  private:
+  void Add(FindingKind kind, FindingSubject subject, std::size_t index, NumberNames names,
+           std::initializer_list<std::int64_t> values, const char* field, std::uint8_t variant) {
+    Finding finding;
+    finding.kind = kind;
+    finding.severity = SeverityOf(kind);
+    finding.subject = subject;
+    finding.variant = variant;
+    // A document of 2^32 elements does not fit in memory to begin with.
+    finding.index = static_cast<std::uint32_t>(index);
+    finding.field = field;
+    finding.names = names;
+    std::size_t at = 0;
+    for (const std::int64_t value : values) {
+      finding.values[at++] = value;
+    }
+    findings_.Add(finding);
+  }
+
+  Findings& findings_;
   const PlaylistDocument& document_;
-  std::vector<Finding> findings_;
 };
 
 // a + b, held at the int64 limits: the document may hold any 64-bit values.
@@ -85,6 +102,10 @@ inline std::int64_t SaturatingProduct(std::int64_t a, std::int64_t b) {
 // The start of the empty aux item's message; the picture shows the rest.
 constexpr const char* kAuxItemEmpty = "the aux item lasts 0 frames: ";
 
+// Writes the message of one finding of its kind.
+using MessageWriter = void (*)(std::string& out, const Finding& finding,
+                               const FindingSource& source);
+
 void CheckSpeeds(FindingList& findings, const FindingOptions& options);
 void CheckAssetUse(FindingList& findings);
 void CheckTransitionFields(FindingList& findings);
@@ -93,5 +114,23 @@ void CheckRecordedRanges(FindingList& findings);
 void CheckTrack(FindingList& findings, const Kov::TimelineEngineModel::Timeline& timeline,
                 const FindingOptions& options);
 void CheckAuxItem(FindingList& findings, const Kov::TimelineEngineModel::Timeline& timeline);
+
+// The wording of each kind, next to the finder of that kind.
+void SpeedMessage(std::string& out, const Finding& finding, const FindingSource& source);
+void UnusedAssetMessage(std::string& out, const Finding& finding, const FindingSource& source);
+void NegativeTransitionDurationMessage(std::string& out, const Finding& finding,
+                                       const FindingSource& source);
+void OverlapMessage(std::string& out, const Finding& finding, const FindingSource& source);
+void OutsideMaterialMessage(std::string& out, const Finding& finding, const FindingSource& source);
+void NoTransitionMessage(std::string& out, const Finding& finding, const FindingSource& source);
+void ZeroLengthMessage(std::string& out, const Finding& finding, const FindingSource& source);
+void TransitionOutsideMaterialMessage(std::string& out, const Finding& finding,
+                                      const FindingSource& source);
+void AvDriftMessage(std::string& out, const Finding& finding, const FindingSource& source);
+void RecordedRangeMessage(std::string& out, const Finding& finding, const FindingSource& source);
+void NegativeDurationMessage(std::string& out, const Finding& finding, const FindingSource& source);
+void TransitionNegativeLengthMessage(std::string& out, const Finding& finding,
+                                     const FindingSource& source);
+void EdlBlockMessage(std::string& out, const Finding& finding, const FindingSource& source);
 
 }  // namespace TimelineConvert

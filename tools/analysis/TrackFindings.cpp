@@ -15,9 +15,14 @@ namespace Engine = Kov::TimelineEngineModel;
 
 // One side (picture or sound) of the media items, in track order: where the
 // items reach so far, to find an item that starts inside earlier ones.
+constexpr const char* kSides[] = {"picture", "sound"};
+constexpr const char* kTransitionSides[] = {"video", "audio"};
+constexpr const char* kOverlapNumbers[] = {"start", "element", "end", nullptr};
+
+// Variant: the side, 0 picture, 1 sound.
 class SideCoverage {
  public:
-  explicit SideCoverage(const char* side) : side_(side) {}
+  explicit SideCoverage(std::uint8_t side) : side_(side) {}
 
   // An item that opens with a transition on this side may overlap the item
   // just before it; any other overlap has nothing to explain it.
@@ -25,14 +30,8 @@ class SideCoverage {
            FindingList& findings) {
     const Reach& limit = opensWithTransition ? beforePrevious_ : all_;
     if (duration > 0 && limit.valid && in < limit.end) {
-      findings.AtElement(index, "overlap",
-                         std::string("its ") + side_ + " starts at frame " + std::to_string(in) +
-                             ", inside element " + std::to_string(limit.element) +
-                             "'s, which runs to frame " + std::to_string(limit.end) +
-                             ", with no transition between them",
-                         {{"start", in},
-                          {"element", static_cast<std::int64_t>(limit.element)},
-                          {"end", limit.end}});
+      findings.AtElement(index, FindingKind::Overlap, kOverlapNumbers,
+                         {in, static_cast<std::int64_t>(limit.element), limit.end}, "", side_);
     }
     beforePrevious_ = all_;
     const std::int64_t end = SaturatingSum(in, std::max<std::int64_t>(duration, 0));
@@ -47,58 +46,98 @@ class SideCoverage {
     std::int64_t end = 0;
     std::size_t element = 0;
   };
-  const char* side_;
+  std::uint8_t side_;
   Reach all_;
   Reach beforePrevious_;
 };
 
-void CheckMaterial(std::size_t index, const char* side, std::int64_t in, std::int64_t duration,
+}  // namespace
+
+void OverlapMessage(std::string& out, const Finding& finding, const FindingSource&) {
+  out += std::string("its ") + kSides[finding.variant] + " starts at frame " +
+         std::to_string(finding.values[0]) + ", inside element " +
+         std::to_string(finding.values[1]) + "'s, which runs to frame " +
+         std::to_string(finding.values[2]) + ", with no transition between them";
+}
+
+namespace {
+
+// Variant: bit 0 the side (picture, sound), bit 1 the OUT boundary, bit 2
+// after the end rather than before the start.
+constexpr const char* kMaterialNumbers[] = {"frame", "material", nullptr};
+constexpr const char* kFrameNumbers[] = {"frame", nullptr};
+
+void CheckMaterial(std::size_t index, std::uint8_t side, std::int64_t in, std::int64_t duration,
                    std::int64_t assetDuration, FindingList& findings) {
-  const std::pair<const char*, std::int64_t> boundaries[] = {{"IN", in},
-                                                             {"OUT", SaturatingSum(in, duration)}};
-  for (const auto& boundary : boundaries) {
-    const std::string where = std::string(side) + " " + boundary.first + " at frame " +
-                              std::to_string(boundary.second) + " of the asset lies ";
-    if (boundary.second < 0) {
-      findings.AtElement(index, "outside-material",
-                         where + "before the start of its recorded material",
-                         {{"frame", boundary.second}});
-    } else if (assetDuration >= 0 && boundary.second > assetDuration) {
-      findings.AtElement(index, "outside-material",
-                         where + "after the end of its recorded material (" +
-                             std::to_string(assetDuration) + " frames)",
-                         {{"frame", boundary.second}, {"material", assetDuration}});
+  const std::int64_t boundaries[] = {in, SaturatingSum(in, duration)};
+  for (std::uint8_t boundary = 0; boundary < 2; ++boundary) {
+    const std::int64_t frame = boundaries[boundary];
+    const auto variant = static_cast<std::uint8_t>(side | boundary << 1);
+    if (frame < 0) {
+      findings.AtElement(index, FindingKind::OutsideMaterial, kFrameNumbers, {frame}, "", variant);
+    } else if (assetDuration >= 0 && frame > assetDuration) {
+      findings.AtElement(index, FindingKind::OutsideMaterial, kMaterialNumbers,
+                         {frame, assetDuration}, "", static_cast<std::uint8_t>(variant | 4));
     }
   }
 }
 
-void CheckTransition(std::size_t index, const char* side, std::int32_t type, bool made,
+// Variant: 0 video, 1 audio.
+constexpr const char* kTypeNumbers[] = {"type", nullptr};
+
+void CheckTransition(std::size_t index, std::uint8_t side, std::int32_t type, bool made,
                      FindingList& findings) {
   if (type == 0 || made) {
     return;
   }
-  findings.AtElement(index, "no-transition",
-                     std::string(side) + " transition type " + std::to_string(type) +
-                         (index == 0 ? " is ignored: the first element of a track opens with none"
-                                     : " gives no transition"),
-                     {{"type", type}},
-                     std::string(side) == "video" ? "/transitionType" : "/audioTransitionType");
+  findings.AtElement(index, FindingKind::NoTransition, kTypeNumbers, {type},
+                     side == 0 ? "/transitionType" : "/audioTransitionType", side);
 }
 
 // A part that plays media in no timeline frames: the picture marks it, and
-// an interchange format drops it.
-void CheckZeroLength(std::size_t index, const char* side, std::int64_t timelineLength,
+// an interchange format drops it. Variant: the side.
+constexpr const char* kMediaNumbers[] = {"media", nullptr};
+
+void CheckZeroLength(std::size_t index, std::uint8_t side, std::int64_t timelineLength,
                      std::int64_t mediaLength, FindingList& findings) {
   if (timelineLength == 0 && mediaLength != 0) {
-    findings.AtElement(index, "zero-length-part",
-                       std::string("its ") + side + " plays " + std::to_string(mediaLength) +
-                           " frames of media in 0 frames of the timeline",
-                       {{"media", mediaLength}}, "/speed");
+    findings.AtElement(index, FindingKind::ZeroLengthPart, kMediaNumbers, {mediaLength}, "/speed",
+                       side);
   } else if (timelineLength == 0) {
-    findings.AtElement(index, "plays-nothing",
-                       std::string("its ") + side + " plays 0 frames: its IN and OUT meet", {});
+    findings.AtElement(index, FindingKind::PlaysNothing, nullptr, {}, "", side);
   }
 }
+
+}  // namespace
+
+void OutsideMaterialMessage(std::string& out, const Finding& finding, const FindingSource&) {
+  out += std::string(kSides[finding.variant & 1]) + ((finding.variant & 2) != 0 ? " OUT" : " IN") +
+         " at frame " + std::to_string(finding.values[0]) + " of the asset lies ";
+  if ((finding.variant & 4) == 0) {
+    out += "before the start of its recorded material";
+  } else {
+    out +=
+        "after the end of its recorded material (" + std::to_string(finding.values[1]) + " frames)";
+  }
+}
+
+void NoTransitionMessage(std::string& out, const Finding& finding, const FindingSource&) {
+  out += std::string(kTransitionSides[finding.variant]) + " transition type " +
+         std::to_string(finding.values[0]) +
+         (finding.index == 0 ? " is ignored: the first element of a track opens with none"
+                             : " gives no transition");
+}
+
+void ZeroLengthMessage(std::string& out, const Finding& finding, const FindingSource&) {
+  out += std::string("its ") + kSides[finding.variant] + " plays ";
+  if (finding.kind == FindingKind::ZeroLengthPart) {
+    out += std::to_string(finding.values[0]) + " frames of media in 0 frames of the timeline";
+  } else {
+    out += "0 frames: its IN and OUT meet";
+  }
+}
+
+namespace {
 
 // The picture and sound of one item, and the speed it plays at, for the
 // handles of the transition that opens the next item.
@@ -125,44 +164,58 @@ std::int64_t SourceFrames(std::int64_t frames, const Data::Channels::Speed& spee
 // A transition overlaps its cut: the item before it plays on for the part
 // after the cut, and the item it opens starts early by the part before the
 // cut. Both must find that material inside their recorded ranges.
+// Variant: bit 0 audio, bit 1 before the IN rather than after the OUT.
+constexpr const char* kHandleAfterNumbers[] = {"handle", "out", "material", "handleElement",
+                                               nullptr};
+constexpr const char* kHandleBeforeNumbers[] = {"handle", "in", "handleElement", nullptr};
+
 void CheckHandles(const PlayedItem& before, const PlayedItem& opened,
                   const Engine::TransitionEffect& effect, bool audio, FindingList& findings) {
-  const char* const side = audio ? "audio" : "video";
-  const std::string field = audio ? "/audioTransitionDuration" : "/videoTransitionDuration";
+  const char* const field = audio ? "/audioTransitionDuration" : "/videoTransitionDuration";
+  const auto side = static_cast<std::uint8_t>(audio ? 1 : 0);
   const std::int64_t afterCut = SourceFrames(effect.duration - effect.offset, before.speed);
   const std::int64_t out = SaturatingSum(audio ? before.audioIn : before.videoIn,
                                          audio ? before.audioDuration : before.videoDuration);
   if (afterCut > 0 && before.assetDuration >= 0 &&
       SaturatingSum(out, afterCut) > before.assetDuration) {
-    findings.AtElement(opened.element, "transition-outside-material",
-                       std::string("its ") + side + " transition needs " +
-                           std::to_string(afterCut) + " frames of element " +
-                           std::to_string(before.element) + "'s material after its OUT (frame " +
-                           std::to_string(out) + "), past the end of the recording (" +
-                           std::to_string(before.assetDuration) + " frames)",
-                       {{"handle", afterCut},
-                        {"out", out},
-                        {"material", before.assetDuration},
-                        {"handleElement", static_cast<std::int64_t>(before.element)}},
-                       field);
+    findings.AtElement(
+        opened.element, FindingKind::TransitionOutsideMaterial, kHandleAfterNumbers,
+        {afterCut, out, before.assetDuration, static_cast<std::int64_t>(before.element)}, field,
+        side);
   }
   const std::int64_t beforeCut = SourceFrames(effect.offset, opened.speed);
   const std::int64_t in = audio ? opened.audioIn : opened.videoIn;
   if (beforeCut > 0 && in - beforeCut < 0) {
-    findings.AtElement(opened.element, "transition-outside-material",
-                       std::string("its ") + side + " transition needs " +
-                           std::to_string(beforeCut) +
-                           " frames of its material before its IN (frame " + std::to_string(in) +
-                           "), before the start of the recording",
-                       {{"handle", beforeCut},
-                        {"in", in},
-                        {"handleElement", static_cast<std::int64_t>(opened.element)}},
-                       field);
+    findings.AtElement(opened.element, FindingKind::TransitionOutsideMaterial, kHandleBeforeNumbers,
+                       {beforeCut, in, static_cast<std::int64_t>(opened.element)}, field,
+                       static_cast<std::uint8_t>(side | 2));
   }
 }
 
+}  // namespace
+
+void TransitionOutsideMaterialMessage(std::string& out, const Finding& finding,
+                                      const FindingSource&) {
+  out += std::string("its ") + kTransitionSides[finding.variant & 1] + " transition needs " +
+         std::to_string(finding.values[0]);
+  if ((finding.variant & 2) == 0) {
+    out += " frames of element " + std::to_string(finding.values[3]) +
+           "'s material after its OUT (frame " + std::to_string(finding.values[1]) +
+           "), past the end of the recording (" + std::to_string(finding.values[2]) + " frames)";
+  } else {
+    out += " frames of its material before its IN (frame " + std::to_string(finding.values[1]) +
+           "), before the start of the recording";
+  }
+}
+
+namespace {
+
 // Picture and sound that start apart: each overlapping transition pulls one
-// side earlier, and every item after it keeps the offset.
+// side earlier, and every item after it keeps the offset. Variant: 1 when the
+// offset comes from a transition.
+constexpr const char* kDriftNumbers[] = {"pictureStart", "soundStart", "offset", "causeElement",
+                                         nullptr};
+
 class DriftWatch {
  public:
   explicit DriftWatch(std::int64_t accepted) : accepted_(accepted) {}
@@ -183,17 +236,9 @@ class DriftWatch {
     if (offset == 0 || (offset >= -accepted_ && offset <= accepted_)) {
       return;
     }
-    const std::int64_t apart = offset < 0 ? SaturatingSum(0, -offset) : offset;
-    findings.AtElement(
-        index, "av-drift",
-        "its picture starts at frame " + std::to_string(pictureStart) + " and its sound at frame " +
-            std::to_string(soundStart) + ": the picture plays " + std::to_string(apart) +
-            " frames " + (offset < 0 ? "before" : "after") + " the sound, since " +
-            (causeIsTransition_ ? "the transition of " : "") + "element " + std::to_string(cause_),
-        {{"pictureStart", pictureStart},
-         {"soundStart", soundStart},
-         {"offset", offset},
-         {"causeElement", static_cast<std::int64_t>(cause_)}});
+    findings.AtElement(index, FindingKind::AvDrift, kDriftNumbers,
+                       {pictureStart, soundStart, offset, static_cast<std::int64_t>(cause_)}, "",
+                       causeIsTransition_ ? 1 : 0);
   }
 
  private:
@@ -205,6 +250,16 @@ class DriftWatch {
 
 }  // namespace
 
+void AvDriftMessage(std::string& out, const Finding& finding, const FindingSource&) {
+  const std::int64_t offset = finding.values[2];
+  const std::int64_t apart = offset < 0 ? SaturatingSum(0, -offset) : offset;
+  out += "its picture starts at frame " + std::to_string(finding.values[0]) +
+         " and its sound at frame " + std::to_string(finding.values[1]) + ": the picture plays " +
+         std::to_string(apart) + " frames " + (offset < 0 ? "before" : "after") +
+         " the sound, since " + (finding.variant != 0 ? "the transition of " : "") + "element " +
+         std::to_string(finding.values[3]);
+}
+
 void CheckTrack(FindingList& findings, const Engine::Timeline& timeline,
                 const FindingOptions& options) {
   std::unordered_map<std::string, std::int64_t> assetDuration;
@@ -212,8 +267,8 @@ void CheckTrack(FindingList& findings, const Engine::Timeline& timeline,
     assetDuration.emplace(info.id.Text(), info.duration);
   }
   const auto& elements = findings.Document().playlist.audioVideoTrack.elements;
-  SideCoverage picture("picture");
-  SideCoverage sound("sound");
+  SideCoverage picture(0);
+  SideCoverage sound(1);
   DriftWatch drift(options.maxDrift);
   std::size_t index = 0;
   std::vector<std::pair<Engine::TransitionEffect, bool>> transitions;
@@ -238,17 +293,14 @@ void CheckTrack(FindingList& findings, const Engine::Timeline& timeline,
     };
     const bool videoTransition = opens(false);
     const bool audioTransition = opens(true);
-    CheckTransition(index, "video", element.transitionType, videoTransition, findings);
-    CheckTransition(index, "audio", element.audioTransitionType, audioTransition, findings);
-    CheckZeroLength(index, "picture", media.timelineVideoDuration, media.mediaVideoDuration,
-                    findings);
-    CheckZeroLength(index, "sound", media.timelineAudioDuration, media.mediaAudioDuration,
-                    findings);
+    CheckTransition(index, 0, element.transitionType, videoTransition, findings);
+    CheckTransition(index, 1, element.audioTransitionType, audioTransition, findings);
+    CheckZeroLength(index, 0, media.timelineVideoDuration, media.mediaVideoDuration, findings);
+    CheckZeroLength(index, 1, media.timelineAudioDuration, media.mediaAudioDuration, findings);
     const auto found = assetDuration.find(media.mediaId.Text());
     const std::int64_t duration = found == assetDuration.end() ? -1 : found->second;
-    CheckMaterial(index, "picture", media.mediaVideoIn, media.mediaVideoDuration, duration,
-                  findings);
-    CheckMaterial(index, "sound", media.mediaAudioIn, media.mediaAudioDuration, duration, findings);
+    CheckMaterial(index, 0, media.mediaVideoIn, media.mediaVideoDuration, duration, findings);
+    CheckMaterial(index, 1, media.mediaAudioIn, media.mediaAudioDuration, duration, findings);
     // The speed in force, as the conversion carries it from element to element.
     if (element.speed != Data::Channels::Speed::Empty() && element.speed.numerator != 0) {
       speed = element.speed;

@@ -109,18 +109,35 @@ void FailureReport::Refused(const std::string& file, const Refusal& refusal) con
   }
 }
 
-std::string FindingLine(const std::string& file, const Finding& finding) {
-  const std::string where = DescribePlace(finding.place);
-  return file + ": " + (where.empty() ? "" : where + ": ") + finding.message;
+void AppendFindingLine(std::string& out, const std::string& file, const Findings& findings,
+                       const Finding& finding) {
+  const std::string where = DescribePlace(findings.Place(finding));
+  out += file;
+  out += ": ";
+  if (!where.empty()) {
+    out += where;
+    out += ": ";
+  }
+  findings.AppendMessage(out, finding);
 }
 
-std::string FindingJson(const std::string& file, const Finding& finding) {
-  const std::string numbers = NumbersJson(finding.numbers);
-  return "{\"status\":\"finding\",\"kind\":" + JsonString(finding.kind) +
-         ",\"message\":" + JsonString(finding.message) + ",\"file\":" + JsonString(file) +
-         PlaceJsonMembers(finding.place) + Member("severity", SeverityWord(finding.severity)) +
-         (finding.place.pointer.empty() ? "" : Member("pointer", finding.place.pointer)) +
-         ",\"numbers\":{" + numbers + "}}";
+void AppendFindingJson(std::string& out, const std::string& file, const Findings& findings,
+                       const Finding& finding) {
+  const DocumentPlace place = findings.Place(finding);
+  out += "{\"status\":\"finding\",\"kind\":";
+  out += JsonString(KindWord(finding.kind));
+  out += ",\"message\":";
+  out += JsonString(findings.Message(finding));
+  out += ",\"file\":";
+  out += JsonString(file);
+  out += PlaceJsonMembers(place);
+  out += Member("severity", SeverityWord(finding.severity));
+  if (!place.pointer.empty()) {
+    out += Member("pointer", place.pointer);
+  }
+  out += ",\"numbers\":{";
+  out += NumbersJson(findings.NumbersOf(finding));
+  out += "}}";
 }
 
 }  // namespace TimelineConvert

@@ -36,9 +36,12 @@ class FailureReport {
 std::string PlaceJsonMembers(const DocumentPlace& place);
 
 // A finding: "FILE: at element 2 (item 3, clip CAM-1): message", and as one
-// JSON object with its kind, severity, place, pointer and numbers.
-std::string FindingLine(const std::string& file, const Finding& finding);
-std::string FindingJson(const std::string& file, const Finding& finding);
+// JSON object with its kind, severity, place, pointer and numbers; each
+// appended to `out` with no newline.
+void AppendFindingLine(std::string& out, const std::string& file, const Findings& findings,
+                       const Finding& finding);
+void AppendFindingJson(std::string& out, const std::string& file, const Findings& findings,
+                       const Finding& finding);
 
 // The members of a JSON object of numbers, without braces.
 std::string NumbersJson(const Numbers& numbers);

@@ -22,7 +22,7 @@ namespace {
 // An export refused by a finding: its message after the export's words, the
 // place on the line after it, as for the library's refusals.
 ExitStatus RefuseExport(const CommandContext& context, const std::string& what,
-                        const Finding& finding, ExportReport& report) {
+                        const FindingWords& finding, ExportReport& report) {
   context.report.Refused(context.inputName, Refusal{what + finding.message, finding.place});
   ExportReportLine line{ExportReportLine::Kind::Refused, std::nullopt, finding.place.auxTrack,
                         finding.message};
@@ -75,8 +75,8 @@ std::string ListPath(const CommandContext& context, EdlSide side, bool intoFolde
       .string();
 }
 
-ExitStatus RunEdl(const CommandContext& context, const Outcome& outcome,
-                  const std::vector<Finding>& findings, ExportReport& report) {
+ExitStatus RunEdl(const CommandContext& context, const Outcome& outcome, const Findings& findings,
+                  ExportReport& report) {
   std::vector<EdlSide> sides;
   if (!context.options.side.empty()) {
     sides.push_back(*EdlSideFromName(context.options.side));
@@ -86,7 +86,7 @@ ExitStatus RunEdl(const CommandContext& context, const Outcome& outcome,
   for (const auto& finding : findings) {
     for (const EdlSide side : sides) {
       if (finding.kind == EdlBlockingKind(side)) {
-        return RefuseExport(context, "Cannot export to an EDL: ", finding, report);
+        return RefuseExport(context, "Cannot export to an EDL: ", findings.Words(finding), report);
       }
     }
   }
@@ -120,14 +120,15 @@ ExitStatus RunEdl(const CommandContext& context, const Outcome& outcome,
   return ExitStatus::Done;
 }
 
-ExitStatus RunOtio(const CommandContext& context, const Outcome& outcome,
-                   const std::vector<Finding>& findings, ExportReport& report) {
+ExitStatus RunOtio(const CommandContext& context, const Outcome& outcome, const Findings& findings,
+                   ExportReport& report) {
   OtioExportOptions options = OtioOptionsFromDocument(context.document, outcome.mode);
   options.mediaUrl = context.options.mediaUrl;
   options.compact = context.options.compact;
   for (const auto& finding : findings) {
     if (finding.severity == Severity::BlocksOtio) {
-      return RefuseExport(context, "Cannot export to OpenTimelineIO: ", finding, report);
+      return RefuseExport(context, "Cannot export to OpenTimelineIO: ", findings.Words(finding),
+                          report);
     }
   }
   std::vector<OtioNote> notes;
@@ -203,7 +204,7 @@ ExitStatus RunConvert(const CommandContext& context) {
       out << '\n';
     });
   }
-  const std::vector<Finding> findings = FindFindings(context.document, outcome);
+  const Findings findings = FindFindings(context.document, outcome);
   ExportReport report{format, context.inputName, {}};
   const ExitStatus status = format == "edl" ? RunEdl(context, outcome, findings, report)
                                             : RunOtio(context, outcome, findings, report);

@@ -22,12 +22,10 @@ void SideWriter::CheckTimecodes() {
 void SideWriter::CheckTimecode(const EdlEvent& event) {
   const std::int64_t end = FramesIn24Hours(base_);
   if (event.sourceIn < 0) {
-    Problem(event.place, "starts its media at frame " + std::to_string(event.sourceIn) +
-                             ", before its recorded material.");
+    Problem(event.place, EdlProblemKind::MediaBeforeMaterial, {event.sourceIn});
   } else if (event.recordIn >= 0 && std::max(event.recordOut, event.sourceOut) >= end) {
-    Problem(event.place, "reaches frame " +
-                             std::to_string(std::max(event.recordOut, event.sourceOut)) +
-                             ", beyond the " + Frames(end) + " of 24 hours that timecode labels.");
+    Problem(event.place, EdlProblemKind::BeyondTimecode,
+            {std::max(event.recordOut, event.sourceOut), end});
   }
 }
 
@@ -36,12 +34,12 @@ void SideWriter::CheckTimecode(const EdlEvent& event) {
 void SideWriter::Place(EdlEvent& event, const Engine::FxTransitionItem* incoming) {
   EdlEvent* previous = events_.empty() ? nullptr : &events_.back();
   if (event.recordIn < 0) {
-    Problem(event.place, "starts before frame 0, at frame " + std::to_string(event.recordIn) + ".");
+    Problem(event.place, EdlProblemKind::BeforeFrameZero, {event.recordIn});
   }
   std::int64_t overlap = 0;
   if (previous != nullptr &&
       __builtin_sub_overflow(previous->recordOut, event.recordIn, &overlap)) {
-    Problem(event.place, "has frame numbers beyond the 64-bit range.");
+    Problem(event.place, EdlProblemKind::BeyondRange);
     return;
   }
   bool dissolve = false;
@@ -79,16 +77,14 @@ void SideWriter::Place(EdlEvent& event, const Engine::FxTransitionItem* incoming
     return;
   }
   if (!dissolve) {
-    Problem(event.place,
-            "overlaps the item before it by " + Frames(overlap) + " without a dissolve.");
+    Problem(event.place, EdlProblemKind::OverlapWithoutDissolve, {overlap});
     return;
   }
   // The previous event keeps at least one frame, and all of its own dissolve.
   const std::int64_t previousStart = previous->recordIn + previous->dissolveLength;
   if (event.recordIn <= previous->recordIn || event.recordIn < previousStart ||
       event.recordOut < previous->recordOut) {
-    Problem(event.place, "overlaps the item before it by " + Frames(overlap) +
-                             ", more than one item at a time.");
+    Problem(event.place, EdlProblemKind::MoreThanOneItem, {overlap});
     return;
   }
   ShortenBeforeDissolve(*previous, event.recordIn);
@@ -102,7 +98,7 @@ void SideWriter::ShortenBeforeDissolve(EdlEvent& previous, std::int64_t recordOu
   std::int64_t product = 0;
   if (__builtin_sub_overflow(recordOut, previous.recordIn, &played) ||
       __builtin_mul_overflow(previous.mediaDuration, played, &product)) {
-    Problem(previous.place, "has frame numbers beyond the 64-bit range.");
+    Problem(previous.place, EdlProblemKind::BeyondRange);
     return;
   }
   const std::int64_t length = previous.timelineDuration;

@@ -43,13 +43,15 @@ std::string Frames(std::int64_t count) {
 }
 
 SideWriter::SideWriter(const Engine::Timeline& timeline, const EdlExportInput& input, EdlSide side,
-                       const TimecodeBase& base, bool problemsOnly)
+                       const TimecodeBase& base, bool problemsOnly,
+                       const std::function<void(const EdlProblem&)>* onProblem)
     : timeline_(timeline),
       input_(input),
       side_(side),
       traits_(TraitsOf(side)),
       base_(base),
-      problemsOnly_(problemsOnly) {
+      problemsOnly_(problemsOnly || onProblem != nullptr),
+      onProblem_(onProblem) {
   for (const auto& info : timeline.mediaInfos) {
     mediaInfos_.emplace(info.id.Text(), &info);  // the first of equal ids wins
   }
@@ -81,8 +83,18 @@ EdlPlace SideWriter::PlaceOf(const Engine::TrackItem& item, const std::string& c
   return place;
 }
 
-void SideWriter::Problem(const EdlPlace& place, std::string text) {
-  problems_.push_back({place, std::move(text)});
+void SideWriter::Problem(const EdlPlace& place, EdlProblemKind kind,
+                         std::initializer_list<std::int64_t> values, std::string detail) {
+  EdlProblem problem{place, kind, {}, std::move(detail)};
+  std::size_t at = 0;
+  for (const std::int64_t value : values) {
+    problem.values[at++] = value;
+  }
+  if (onProblem_ != nullptr) {
+    (*onProblem_)(problem);
+    return;
+  }
+  problems_.push_back(std::move(problem));
 }
 
 void SideWriter::Approximate(const EdlPlace& place, std::string text) {
@@ -101,7 +113,7 @@ void SideWriter::ReadTrack(const Engine::Track& track) {
   const Engine::FxTransitionItem* pending = nullptr;
   for (const auto& item : track.items) {
     if (!item) {
-      Problem({}, "the track holds an empty item.");
+      Problem({}, EdlProblemKind::EmptyItem);
       continue;
     }
     const auto type = item->GetType();
@@ -109,22 +121,20 @@ void SideWriter::ReadTrack(const Engine::Track& track) {
     const auto* media = dynamic_cast<const Engine::MediaSummaryItem*>(item.get());
     if (transition != nullptr && type == traits_.transitionType) {
       if (pending != nullptr) {
-        Problem(PlaceOf(*item), "follows transition " + pending->Id().Text() +
-                                    " without a media item between them.");
+        Problem(PlaceOf(*item), EdlProblemKind::TransitionAfterTransition, {},
+                pending->Id().Text());
       }
       const auto& effect = transition->FxTransition();
       if (effect.offset < 0 || effect.duration < 0 || effect.offset > effect.duration) {
-        Problem(PlaceOf(*item), "has a negative length before or after its cut (offset " +
-                                    std::to_string(effect.offset) + ", duration " +
-                                    std::to_string(effect.duration) + ").");
+        Problem(PlaceOf(*item), EdlProblemKind::NegativeTransition,
+                {effect.offset, effect.duration});
       }
       pending = transition;
     } else if (transition != nullptr &&
                (type == Engine::FxVideoTransition || type == Engine::FxAudioTransition)) {
       continue;  // the other side's
     } else if (media == nullptr || type != Engine::MediaSummary) {
-      Problem(PlaceOf(*item),
-              "has the unknown type " + std::to_string(static_cast<std::int32_t>(type)) + ".");
+      Problem(PlaceOf(*item), EdlProblemKind::UnknownType, {static_cast<std::int32_t>(type)});
     } else {
       ReadMedia(*media, pending);
       pending = nullptr;
@@ -141,9 +151,8 @@ void SideWriter::ReadMedia(const Engine::MediaSummaryItem& item,
   const std::string assetId = item.mediaId.Text();
   const EdlPlace place = PlaceOf(item, ClipName(assetId));
   if (part.timelineDuration < 0 || part.mediaDuration < 0) {
-    Problem(place, "has a negative " + std::string(traits_.name) + " length (" +
-                       Frames(part.timelineDuration) + " on the timeline, " +
-                       Frames(part.mediaDuration) + " of media).");
+    Problem(place, EdlProblemKind::NegativeLength,
+            {part.timelineDuration, part.mediaDuration, traits_.picture ? 1 : 0});
     return;
   }
   if (part.timelineDuration == 0) {
@@ -173,7 +182,7 @@ void SideWriter::ReadMedia(const Engine::MediaSummaryItem& item,
   std::int64_t sourceOut = 0;
   if (__builtin_add_overflow(part.timelineIn, part.timelineDuration, &recordOut) ||
       __builtin_add_overflow(part.mediaIn, part.mediaDuration, &sourceOut)) {
-    Problem(place, "has frame numbers beyond the 64-bit range.");
+    Problem(place, EdlProblemKind::BeyondRange);
     return;
   }
   event.recordOut = recordOut;
@@ -205,8 +214,7 @@ void SideWriter::ReadSpeed(EdlEvent& event) {
     }
   }
   if ((numerator < 0) != (denominator < 0)) {
-    Problem(event.place, "plays in reverse (speed " + std::to_string(numerator) + "/" +
-                             std::to_string(denominator) + "), which this list does not write.");
+    Problem(event.place, EdlProblemKind::Reverse, {numerator, denominator});
     return;
   }
   const std::int64_t divisor = std::gcd(numerator, denominator);
@@ -274,20 +282,96 @@ std::vector<EdlSide> EdlSidesOf(const Timeline& timeline) {
   return sides;
 }
 
+namespace {
+
+EdlProblem RateProblem(const EdlExportInput& input) {
+  return EdlProblem{{},
+                    EdlProblemKind::Rate,
+                    {input.rate.numerator, input.rate.denominator, kMostFramesPerSecond},
+                    ""};
+}
+
+}  // namespace
+
 EdlResult TimelineToEdl(const Timeline& timeline, const EdlExportInput& input, EdlSide side,
                         bool problemsOnly) {
   const auto base = TimecodeBaseOf(input.rate);
   if (!base) {
     EdlResult result;
-    result.problems.push_back({{},
-                               "the rate " + std::to_string(input.rate.numerator) + "/" +
-                                   std::to_string(input.rate.denominator) +
-                                   " is not a frame rate timecode can count (more than 0 "
-                                   "and at most " +
-                                   std::to_string(kMostFramesPerSecond) + " frames a second)."});
+    result.problems.push_back(RateProblem(input));
     return result;
   }
   return SideWriter(timeline, input, side, *base, problemsOnly).Write();
+}
+
+void FindEdlProblems(const Timeline& timeline, const EdlExportInput& input, EdlSide side,
+                     const std::function<void(const EdlProblem&)>& found) {
+  const auto base = TimecodeBaseOf(input.rate);
+  if (!base) {
+    found(RateProblem(input));
+    return;
+  }
+  SideWriter(timeline, input, side, *base, true, &found).Write();
+}
+
+void AppendEdlProblemText(std::string& out, EdlProblemKind kind, const std::int64_t* values,
+                          const std::string& detail) {
+  using EdlWriting::Frames;
+  const auto number = [values](std::size_t at) { return std::to_string(values[at]); };
+  switch (kind) {
+    case EdlProblemKind::EmptyItem:
+      out += "the track holds an empty item.";
+      return;
+    case EdlProblemKind::TransitionAfterTransition:
+      out += "follows transition " + detail + " without a media item between them.";
+      return;
+    case EdlProblemKind::NegativeTransition:
+      out += "has a negative length before or after its cut (offset " + number(0) + ", duration " +
+             number(1) + ").";
+      return;
+    case EdlProblemKind::UnknownType:
+      out += "has the unknown type " + number(0) + ".";
+      return;
+    case EdlProblemKind::NegativeLength:
+      out += std::string("has a negative ") + (values[2] != 0 ? "picture" : "sound") + " length (" +
+             Frames(values[0]) + " on the timeline, " + Frames(values[1]) + " of media).";
+      return;
+    case EdlProblemKind::BeyondRange:
+      out += "has frame numbers beyond the 64-bit range.";
+      return;
+    case EdlProblemKind::Reverse:
+      out += "plays in reverse (speed " + number(0) + "/" + number(1) +
+             "), which this list does not write.";
+      return;
+    case EdlProblemKind::MediaBeforeMaterial:
+      out += "starts its media at frame " + number(0) + ", before its recorded material.";
+      return;
+    case EdlProblemKind::BeyondTimecode:
+      out += "reaches frame " + number(0) + ", beyond the " + Frames(values[1]) +
+             " of 24 hours that timecode labels.";
+      return;
+    case EdlProblemKind::BeforeFrameZero:
+      out += "starts before frame 0, at frame " + number(0) + ".";
+      return;
+    case EdlProblemKind::OverlapWithoutDissolve:
+      out += "overlaps the item before it by " + Frames(values[0]) + " without a dissolve.";
+      return;
+    case EdlProblemKind::MoreThanOneItem:
+      out +=
+          "overlaps the item before it by " + Frames(values[0]) + ", more than one item at a time.";
+      return;
+    case EdlProblemKind::Rate:
+      break;
+  }
+  out += "the rate " + number(0) + "/" + number(1) +
+         " is not a frame rate timecode can count (more than 0 and at most " + number(2) +
+         " frames a second).";
+}
+
+std::string EdlProblem::Text() const {
+  std::string text;
+  AppendEdlProblemText(text, kind, values, detail);
+  return text;
 }
 
 }  // namespace TimelineConvert

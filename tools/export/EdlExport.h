@@ -10,6 +10,7 @@
 #include <TimelineEngineConversion/TimelineEngineConversion.h>
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -66,11 +67,41 @@ struct EdlNote {
   std::string text;
 };
 
+// What a list cannot hold, as a kind and the values its text quotes, so that
+// a check of a long timeline keeps no sentence per problem.
+enum class EdlProblemKind : std::uint8_t {
+  EmptyItem,                  // no values
+  TransitionAfterTransition,  // the earlier transition's id in `detail`
+  NegativeTransition,         // offset, duration
+  UnknownType,                // the type
+  NegativeLength,             // timeline length, media length, 1 for the picture
+  BeyondRange,                // no values
+  Reverse,                    // the speed's numerator and denominator
+  MediaBeforeMaterial,        // the source IN
+  BeyondTimecode,             // the last frame, the frames in 24 hours
+  BeforeFrameZero,            // the record IN
+  OverlapWithoutDissolve,     // the frames of overlap
+  MoreThanOneItem,            // the frames of overlap
+  Rate,                       // the rate's numerator and denominator, the most frames a second
+};
+
+// "starts before frame 0, at frame -3."
+void AppendEdlProblemText(std::string& out, EdlProblemKind kind, const std::int64_t* values,
+                          const std::string& detail = "");
+
+struct EdlProblem {
+  EdlPlace place;
+  EdlProblemKind kind = EdlProblemKind::EmptyItem;
+  std::int64_t values[3] = {};
+  std::string detail;
+  std::string Text() const;
+};
+
 struct EdlResult {
   // The list; empty when there are problems.
   std::string text;
   // Why the list cannot be written: what an EDL cannot hold.
-  std::vector<EdlNote> problems;
+  std::vector<EdlProblem> problems;
   // What the list states only approximately, in timeline order.
   std::vector<EdlNote> approximations;
 };
@@ -84,5 +115,11 @@ std::vector<EdlSide> EdlSidesOf(const Kov::TimelineEngineModel::Timeline& timeli
 // approximations, which a check does not need and a long timeline has many of.
 EdlResult TimelineToEdl(const Kov::TimelineEngineModel::Timeline& timeline,
                         const EdlExportInput& input, EdlSide side, bool problemsOnly = false);
+
+// The problems alone, handed to `found` one by one as they are met and kept
+// nowhere, for a check of a timeline of any length.
+void FindEdlProblems(const Kov::TimelineEngineModel::Timeline& timeline,
+                     const EdlExportInput& input, EdlSide side,
+                     const std::function<void(const EdlProblem&)>& found);
 
 }  // namespace TimelineConvert

@@ -6,6 +6,8 @@
 #include <TimelineEngineConversion/TimelineEngineConversion.h>
 
 #include <cstdint>
+#include <functional>
+#include <initializer_list>
 #include <map>
 #include <set>
 #include <string>
@@ -43,12 +45,14 @@ std::string Frames(std::int64_t count);
 class SideWriter {
  public:
   SideWriter(const Engine::Timeline& timeline, const EdlExportInput& input, EdlSide side,
-             const TimecodeBase& base, bool problemsOnly);
+             const TimecodeBase& base, bool problemsOnly,
+             const std::function<void(const EdlProblem&)>* onProblem = nullptr);
   EdlResult Write();
 
  private:
   EdlPlace PlaceOf(const Engine::TrackItem& item, const std::string& clip = "") const;
-  void Problem(const EdlPlace& place, std::string text);
+  void Problem(const EdlPlace& place, EdlProblemKind kind,
+               std::initializer_list<std::int64_t> values = {}, std::string detail = "");
   void Approximate(const EdlPlace& place, std::string text);
   void CheckTimecodes();
   void CheckTimecode(const EdlEvent& event);
@@ -69,7 +73,8 @@ class SideWriter {
   bool problemsOnly_;
   std::unordered_map<std::string, const Engine::MediaInfo*> mediaInfos_;
   std::vector<EdlEvent> events_;
-  std::vector<EdlNote> problems_;
+  const std::function<void(const EdlProblem&)>* onProblem_;
+  std::vector<EdlProblem> problems_;
   std::vector<EdlNote> approximations_;
   std::map<std::string, std::string> reelOwners_;
   std::set<std::string> reelClashes_;

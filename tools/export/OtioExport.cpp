@@ -144,11 +144,12 @@ void WriteOtio(std::ostream& out, const Engine::Timeline& timeline,
   DocumentWriter(timeline, options, nullptr, &out).Document();
 }
 
-void CheckOtio(const Outcome& outcome, const std::vector<Finding>& findings,
-               const OtioExportOptions& options, std::vector<OtioNote>* approximations) {
+void CheckOtio(const Outcome& outcome, const Findings& findings, const OtioExportOptions& options,
+               std::vector<OtioNote>* approximations) {
   for (const auto& finding : findings) {
     if (finding.severity == Severity::BlocksOtio) {
-      throw OtioExportRefusal("Cannot export to OpenTimelineIO: " + finding.message, finding.place);
+      throw OtioExportRefusal("Cannot export to OpenTimelineIO: " + findings.Message(finding),
+                              findings.Place(finding));
     }
   }
   CheckRate(options);

@@ -89,7 +89,7 @@ void WriteOtio(std::ostream& out, const Kov::TimelineEngineModel::Timeline& time
 // finding that blocks it or the first problem met, what the format cannot
 // hold; appends what it approximates to `approximations` when given. Then
 // WriteOtio writes it.
-void CheckOtio(const Outcome& outcome, const std::vector<Finding>& findings,
-               const OtioExportOptions& options, std::vector<OtioNote>* approximations = nullptr);
+void CheckOtio(const Outcome& outcome, const Findings& findings, const OtioExportOptions& options,
+               std::vector<OtioNote>* approximations = nullptr);
 
 }  // namespace TimelineConvert

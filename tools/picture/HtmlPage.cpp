@@ -252,10 +252,11 @@ void WriteViewData(const Picture& picture, std::string& out) {
   // instead, as check does past its first ten, so that the page stays small.
   json.Key("findings").Open('[');
   std::unordered_map<std::string, std::size_t> findingsOfKind;
-  for (const auto& finding : labels.findings) {
-    if (++findingsOfKind[finding.kind] > kPageFindingsPerKind) {
+  for (const auto& compact : labels.findings) {
+    if (++findingsOfKind[KindWord(compact.kind)] > kPageFindingsPerKind) {
       continue;
     }
+    const FindingWords finding = labels.findings.Words(compact);
     const bool atElement = finding.place.source == DocumentPlace::Source::Element;
     json.Open('[').Text(finding.kind).Text(SeverityWord(finding.severity));
     json.Int(atElement ? static_cast<long long>(finding.place.element) : -1LL);
@@ -267,14 +268,14 @@ void WriteViewData(const Picture& picture, std::string& out) {
     json.Close('}').Close(']');
   }
   for (const auto& finding : labels.findings) {
-    auto found = findingsOfKind.find(finding.kind);
+    const std::string kind = KindWord(finding.kind);
+    auto found = findingsOfKind.find(kind);
     if (found == findingsOfKind.end() || found->second <= kPageFindingsPerKind) {
       continue;
     }
     const auto more = static_cast<long long>(found->second - kPageFindingsPerKind);
-    json.Open('[').Text(finding.kind).Text(SeverityWord(finding.severity)).Int(-1LL).Text("");
-    json.Text(std::to_string(more) + " more " + finding.kind +
-              " findings (check --all lists them)");
+    json.Open('[').Text(kind).Text(SeverityWord(finding.severity)).Int(-1LL).Text("");
+    json.Text(std::to_string(more) + " more " + kind + " findings (check --all lists them)");
     json.Text("").Open('{').Key("more").Int(more).Close('}').Close(']');
     findingsOfKind.erase(found);
   }
@@ -294,10 +295,13 @@ void WriteViewData(const Picture& picture, std::string& out) {
 std::size_t PageSizeEstimate(const Picture& picture) {
   std::size_t size = 48 * picture.view.items.size() + 4096 + std::strlen(ViewerStyle()) +
                      std::strlen(ViewerScript());
+  std::size_t findingsOfKind[kFindingKindCount] = {};
   for (const auto& finding : picture.labels.findings) {
-    size +=
-        2 * (finding.message.size() + finding.place.pointer.size() + finding.place.clip.size()) +
-        finding.kind.size() + 32 * finding.numbers.size() + 64;
+    // Only the findings the page shows, each about as long as its message,
+    // pointer and clip twice over.
+    if (++findingsOfKind[static_cast<std::size_t>(finding.kind)] <= kPageFindingsPerKind) {
+      size += 2 * 160 + 64;
+    }
   }
   return size;
 }

@@ -240,9 +240,10 @@ class SvgWriter {
       if (++count > kMostFindingLines) {
         continue;
       }
-      const std::string where = DescribePlace(finding.place);
-      headerLines_.push_back(std::string(SeverityWord(finding.severity)) + " " + finding.kind +
-                             " " + (where.empty() ? "" : where + ": ") + finding.message);
+      const std::string where = DescribePlace(labels_.findings.Place(finding));
+      headerLines_.push_back(std::string(SeverityWord(finding.severity)) + " " +
+                             KindWord(finding.kind) + " " + (where.empty() ? "" : where + ": ") +
+                             labels_.findings.Message(finding));
       ++shown;
     }
     if (count > shown) {

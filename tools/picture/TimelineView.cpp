@@ -77,7 +77,7 @@ PictureLabels LabelsFromDocument(const PlaylistDocument& document, bool playlist
 }
 
 PictureLabels LabelsFromOutcome(const PlaylistDocument& document, const Outcome& outcome,
-                                std::vector<Finding> findings) {
+                                Findings findings) {
   auto labels = LabelsFromDocument(
       document,
       outcome.mode ==
@@ -322,8 +322,7 @@ TimelineView MakeTimelineView(const Engine::Timeline& timeline, const PictureLab
   return std::move(builder.view);
 }
 
-Picture MakePicture(const PlaylistDocument& document, const Outcome& outcome,
-                    std::vector<Finding> findings) {
+Picture MakePicture(const PlaylistDocument& document, const Outcome& outcome, Findings findings) {
   Picture picture{outcome.timeline,
                   document.playlist.rate,
                   LabelsFromOutcome(document, outcome, std::move(findings)),

@@ -68,7 +68,7 @@ struct PictureLabels {
   std::string auxReason;
   std::optional<PictureRefusal> refusal;
   // Every finding, as check reports them, for the picture to name.
-  std::vector<Finding> findings;
+  Findings findings;
 };
 
 // Assets in document order, items by their element's item number, the aux
@@ -78,7 +78,7 @@ PictureLabels LabelsFromDocument(const PlaylistDocument& document, bool playlist
 // The labels with what the outcome and the findings add: the refusal and its
 // place, the aux item's reason, the findings themselves.
 PictureLabels LabelsFromOutcome(const PlaylistDocument& document, const Outcome& outcome,
-                                std::vector<Finding> findings);
+                                Findings findings);
 
 enum class MarkKind : std::uint8_t { Picture, Sound, VideoTransition, AudioTransition, Refused };
 
@@ -173,7 +173,6 @@ struct Picture {
 };
 
 // The picture of an outcome and its findings, made once for either writer.
-Picture MakePicture(const PlaylistDocument& document, const Outcome& outcome,
-                    std::vector<Finding> findings);
+Picture MakePicture(const PlaylistDocument& document, const Outcome& outcome, Findings findings);
 
 }  // namespace TimelineConvert

@@ -31,8 +31,8 @@ using tool_testing::SourcePath;
 std::string Listing(const TimelineConvert::EdlResult& result) {
   std::string listing = result.text.substr(
       std::min(result.text.size(), result.text.find('\n', result.text.find('\n') + 1) + 1));
-  for (const auto& note : result.problems) {
-    listing += "! " + note.place.Text() + ": " + note.text + "\n";
+  for (const auto& problem : result.problems) {
+    listing += "! " + problem.place.Text() + ": " + problem.Text() + "\n";
   }
   for (const auto& note : result.approximations) {
     listing += "~ " + note.place.Text() + ": " + note.text + "\n";
@@ -202,8 +202,8 @@ TEST(EdlExport, WritesEachRuleOrNamesTheProblem) {
     const auto checked = TimelineToEdl(timeline, SmallInput(), EdlSide::Picture, true);
     const auto texts = [](const TimelineConvert::EdlResult& result) {
       std::multiset<std::string> problems;
-      for (const auto& note : result.problems) {
-        problems.insert(note.place.Text() + ": " + note.text);
+      for (const auto& problem : result.problems) {
+        problems.insert(problem.place.Text() + ": " + problem.Text());
       }
       return problems;
     };

@@ -198,11 +198,12 @@ TEST(HtmlPage, FindingsPastTheLimitOfAKindAreCounted) {
   const std::vector<std::string> ids = {"a", "b"};  // the view points at them
   auto picture = PictureOf(timeline, ids);
   for (int index = 0; index < 1003; ++index) {
-    picture.labels.findings.push_back(TimelineConvert::Finding{
-        "av-drift", TimelineConvert::Severity::Warning, {}, "drift", {{"offset", index}}});
+    picture.labels.findings.Add(
+        TimelineConvert::FindingKind::AvDrift,
+        {"av-drift", TimelineConvert::Severity::Warning, {}, "drift", {{"offset", index}}});
   }
-  picture.labels.findings.push_back(
-      TimelineConvert::Finding{"overlap", TimelineConvert::Severity::Warning, {}, "overlap", {}});
+  picture.labels.findings.Add(TimelineConvert::FindingKind::Overlap,
+                              {"overlap", TimelineConvert::Severity::Warning, {}, "overlap", {}});
   const auto findings = PageData(TimelineConvert::PictureToHtml(picture))["findings"];
   ASSERT_EQ(findings.size(), 1000U + 1 + 1);
   EXPECT_EQ(findings[999][6]["offset"], 999);
