@@ -4,8 +4,11 @@
 // reader words the fault.
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <string>
+#include <vector>
 
+#include "ToolTestSupport.h"
 #include "document/DocumentStream.h"
 
 namespace {
@@ -37,6 +40,18 @@ std::string RecordsText(const StreamedRecords& records) {
     text += asset.key.Text() + " [" + asset.umId + "]\n";
   }
   return text;
+}
+
+// The direct reader accepts `text` and reads it as the careful reader does.
+void ExpectReadAsCarefully(const std::string& text, const std::string& name) {
+  StreamedRecords direct;
+  Json directRest;
+  ASSERT_TRUE(TimelineConvert::ReadDirectly(text, direct, directRest)) << name;
+  StreamedRecords careful;
+  const Json carefulRest = TimelineConvert::ParseStreaming(text, careful);
+  EXPECT_EQ(directRest.dump(), carefulRest.dump()) << name;
+  EXPECT_EQ(RecordsText(direct), RecordsText(careful)) << name;
+  EXPECT_FALSE(careful.elementFault || careful.assetFault) << name;
 }
 
 // A document of one element, whose fields a row replaces by text.
@@ -83,15 +98,40 @@ TEST(DirectReader, ReadsWhatItAcceptsAsTheCarefulReaderDoes) {
          "timeBounds": []}], "extra": {"deep": [[[{}]]], "n": null, "t": true, "f": false}})"},
   };
   for (const auto& row : rows) {
-    StreamedRecords direct;
-    Json directRest;
-    ASSERT_TRUE(TimelineConvert::ReadDirectly(row.text, direct, directRest)) << row.name;
-    StreamedRecords careful;
-    const Json carefulRest = TimelineConvert::ParseStreaming(row.text, careful);
-    EXPECT_EQ(directRest.dump(), carefulRest.dump()) << row.name;
-    EXPECT_EQ(RecordsText(direct), RecordsText(careful)) << row.name;
-    EXPECT_FALSE(careful.elementFault || careful.assetFault) << row.name;
+    ExpectReadAsCarefully(row.text, row.name);
   }
+}
+
+TEST(DirectReader, ReadsTheShippedAndTestDocumentsAsTheCarefulReaderDoes) {
+  std::vector<std::filesystem::path> paths = {tool_testing::SourcePath("examples/highlight.json")};
+  for (const auto& entry :
+       std::filesystem::directory_iterator(tool_testing::SourcePath("tests/tools/documents"))) {
+    if (entry.path().extension() == ".json") {
+      paths.push_back(entry.path());
+    }
+  }
+  ASSERT_GT(paths.size(), 10U);
+  for (const auto& path : paths) {
+    ExpectReadAsCarefully(tool_testing::ReadFile(path.string()), path.filename().string());
+  }
+}
+
+// Nesting is bounded by memory only: no recursion that a deep text could
+// overflow.
+TEST(DirectReader, ReadsDeepNestingWithoutRecursion) {
+  const std::size_t depth = 200000;
+  const std::string text = R"({"playlist": {}, "assets": [], "extra": )" + std::string(depth, '[') +
+                           std::string(depth, ']') + "}";
+  StreamedRecords direct;
+  Json rest;
+  ASSERT_TRUE(TimelineConvert::ReadDirectly(text, direct, rest));
+  const Json* inner = &rest["extra"];
+  std::size_t levels = 0;
+  while (inner->is_array() && !inner->empty()) {
+    inner = &inner->front();
+    ++levels;
+  }
+  EXPECT_EQ(levels, depth - 1);
 }
 
 TEST(DirectReader, GivesUpOnAnythingItIsUnsureOf) {
