@@ -2,13 +2,16 @@
 // that names its place, or a document whose playlist the library then converts
 // or refuses in one of its documented ways. The tool's listing and JSON writer
 // run on every document read, since they see whatever the reader lets through.
-// The fast reader is checked against the careful one on every input.
+// The fast and the direct readers are checked against the careful one on
+// every input.
+#include <cctype>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <optional>
 #include <string>
 
+#include "ModelText.h"
 #include "document/AssetKeys.h"
 #include "document/DocumentPlace.h"
 #include "document/DocumentStream.h"
@@ -78,11 +81,70 @@ void RequireSameReading(const std::string& text) {
   }
 }
 
+// The text of a record without the addresses of its shared objects, which
+// differ from one reading to the next.
+std::string WithoutAddresses(std::string text) {
+  for (const std::string name : {"track=", "target=", "at=", "layout=", "resource=", "object="}) {
+    for (auto at = text.find(name); at != std::string::npos; at = text.find(name, at + 1)) {
+      if (at != 0 && text[at - 1] != ' ' && text[at - 1] != '{') {
+        continue;  // the end of a longer name, or a text's content
+      }
+      const auto digits = at + name.size();
+      auto end = digits;
+      while (end < text.size() && std::isdigit(static_cast<unsigned char>(text[end]))) {
+        ++end;
+      }
+      text.erase(digits, end - digits);
+    }
+  }
+  return text;
+}
+
+std::string RecordsText(const TimelineConvert::StreamedRecords& records) {
+  std::string text;
+  for (const auto& element : records.elements) {
+    text += ModelText::Describe(element) + "\n";
+  }
+  for (const auto& name : records.assetOrder) {
+    text += name.key.Text() + " " + name.umId + " " +
+            WithoutAddresses(ModelText::Describe(records.assets->at(name.key))) + "\n";
+  }
+  return text;
+}
+
+// The direct reader only ever accepts a text that the careful reader reads
+// without a fault, and then reads the same records and the same rest.
+void RequireDirectAgrees(const std::string& text) {
+  TimelineConvert::StreamedRecords direct;
+  TimelineConvert::Json directRest;
+  if (!TimelineConvert::ReadDirectly(text, direct, directRest)) {
+    return;
+  }
+  TimelineConvert::StreamedRecords careful;
+  TimelineConvert::Json carefulRest;
+  try {
+    carefulRest = TimelineConvert::ParseStreaming(text, careful);
+  } catch (const TimelineConvert::DocumentError& error) {
+    Fail(std::string("the direct reader accepts what the careful one refuses: ") + error.what());
+  }
+  if (careful.elementFault || careful.assetFault) {
+    Fail("the direct reader accepts a faulty element or asset: " + FaultText(careful.elementFault) +
+         FaultText(careful.assetFault));
+  }
+  const auto dump = [](const TimelineConvert::Json& json) {
+    return json.dump(-1, ' ', false, TimelineConvert::Json::error_handler_t::replace);
+  };
+  if (dump(directRest) != dump(carefulRest) || RecordsText(direct) != RecordsText(careful)) {
+    Fail("the direct reader reads differently from the careful one");
+  }
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const std::string text(reinterpret_cast<const char*>(data), size);
   RequireSameReading(text);
+  RequireDirectAgrees(text);
   TimelineConvert::PlaylistDocument document;
   try {
     document = TimelineConvert::ReadPlaylistDocument(text);

@@ -4,7 +4,6 @@
 #include "document/DocumentStream.h"
 
 #include <initializer_list>
-#include <map>
 #include <set>
 
 #include "document/RecordReaders.h"
@@ -75,7 +74,7 @@ class DocumentStream {
       keep = false;
       if (!records_.assetFault) {
         try {
-          AddAsset(Node(value, CurrentPath()));
+          AddAsset(Node(value, CurrentPath()), records_);
         } catch (const DocumentError& fault) {
           records_.assetFault = fault;
         }
@@ -85,18 +84,6 @@ class DocumentStream {
       ++frames_.back().index;
     }
     return keep;
-  }
-
-  void AddAsset(const Node& node) {
-    DocumentAsset name;
-    Kov::DataModel::MediaAssets::MediaAsset asset = ReadAsset(node, name);
-    const std::string path = "/assets/" + std::to_string(records_.assetOrder.size());
-    const auto earlier = pathOfKey_.emplace(name.key.Text(), path);
-    if (!earlier.second) {
-      node.Fail("the asset " + name.key.Text() + " is already given at " + earlier.first->second);
-    }
-    records_.assets->emplace(name.key, std::move(asset));
-    records_.assetOrder.push_back(std::move(name));
   }
 
   // True when the value just completed is an element of the array found by
@@ -138,7 +125,6 @@ class DocumentStream {
 
   StreamedRecords& records_;
   std::vector<Frame> frames_;
-  std::map<std::string, std::string> pathOfKey_;
 };
 
 }  // namespace

@@ -64,15 +64,6 @@ class Node {
     if (required.size() + optional.size() > kMostFieldNames) {
       throw std::logic_error("ExpectObject lists more names than it can hold");
     }
-    if (!value_.is_object()) {
-      Fail(std::string("expected an object, found ") + Describe());
-    }
-    for (const char* name : required) {
-      if (!value_.contains(name)) {
-        Fail(std::string("missing field \"") + name + "\"");
-      }
-    }
-    // Names compared by length first: most differ in it.
     std::string_view names[kMostFieldNames];
     std::size_t nameCount = 0;
     for (const auto* list : {&required, &optional}) {
@@ -80,14 +71,28 @@ class Node {
         names[nameCount++] = name;
       }
     }
+    ExpectFields(names, nameCount, required.size());
+  }
+
+  // The same with the names in one list, the first `requiredCount` required;
+  // each name a literal (NUL-terminated).
+  void ExpectFields(const std::string_view* names, std::size_t count,
+                    std::size_t requiredCount) const {
+    if (!value_.is_object()) {
+      Fail(std::string("expected an object, found ") + Describe());
+    }
+    for (std::size_t index = 0; index < requiredCount; ++index) {
+      if (!value_.contains(names[index].data())) {
+        Fail("missing field \"" + std::string(names[index]) + "\"");
+      }
+    }
+    // Names compared by length first: most differ in it.
     for (const auto& field : value_.items()) {
       const std::string_view key = field.key();
-      if (std::find(names, names + nameCount, key) == names + nameCount) {
+      if (std::find(names, names + count, key) == names + count) {
         std::string expected;
-        for (const auto* list : {&required, &optional}) {
-          for (const char* name : *list) {
-            expected += (expected.empty() ? "" : ", ") + std::string(name);
-          }
+        for (std::size_t index = 0; index < count; ++index) {
+          expected += (expected.empty() ? "" : ", ") + std::string(names[index]);
         }
         Node(field.value(), Below(field.key()))
             .Fail("unknown field (expected one of: " + expected + ")");

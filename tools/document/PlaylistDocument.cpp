@@ -47,9 +47,15 @@ DocumentError::DocumentError(const std::string& where, const std::string& proble
 PlaylistDocument ReadPlaylistDocument(const std::string& jsonText) {
   StreamedRecords stream;
   Json json;
-  if (!ParseQuickly(jsonText, stream, json)) {
-    stream = StreamedRecords();  // nothing of the fast attempt is used
-    json = ParseStreaming(jsonText, stream);
+  // Each reader hands a text it is unsure of to the next, more careful one;
+  // nothing of an abandoned attempt is used.
+  if (!ReadDirectly(jsonText, stream, json)) {
+    stream = StreamedRecords();
+    json = Json();
+    if (!ParseQuickly(jsonText, stream, json)) {
+      stream = StreamedRecords();
+      json = ParseStreaming(jsonText, stream);
+    }
   }
   const Node root(json, "");
   root.ExpectObject({"playlist", "assets"}, {"description", "$schema"});

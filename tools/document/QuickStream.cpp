@@ -6,7 +6,6 @@
 // and refuse the same texts; a text the parser refuses is handed to that
 // careful reader, which words the fault as the tool always has.
 #include <algorithm>
-#include <map>
 #include <string>
 #include <unordered_set>
 #include <vector>
@@ -160,7 +159,7 @@ class QuickStream {
     } else if (frame.list == StreamedList::Assets) {
       if (!records_.assetFault) {
         try {
-          AddAsset(Node(frame.value->back(), CurrentPath()));
+          AddAsset(Node(frame.value->back(), CurrentPath()), records_);
         } catch (const DocumentError& fault) {
           records_.assetFault = fault;
         }
@@ -168,18 +167,6 @@ class QuickStream {
       frame.value->get_ref<Json::array_t&>().pop_back();
     }
     ++frame.index;
-  }
-
-  void AddAsset(const Node& node) {
-    DocumentAsset name;
-    Kov::DataModel::MediaAssets::MediaAsset asset = ReadAsset(node, name);
-    const std::string path = "/assets/" + std::to_string(records_.assetOrder.size());
-    const auto earlier = pathOfKey_.emplace(name.key.Text(), path);
-    if (!earlier.second) {
-      node.Fail("the asset " + name.key.Text() + " is already given at " + earlier.first->second);
-    }
-    records_.assets->emplace(name.key, std::move(asset));
-    records_.assetOrder.push_back(std::move(name));
   }
 
   static std::string Step(const Frame& frame) {
@@ -206,7 +193,6 @@ class QuickStream {
   Json& root_;
   std::vector<Frame> frames_;  // kept when closed, so that their buffers are reused
   std::size_t depth_ = 0;
-  std::map<std::string, std::string> pathOfKey_;
 };
 
 }  // namespace

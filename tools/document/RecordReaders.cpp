@@ -2,6 +2,7 @@
 // each field is checked here against what its record field can hold.
 #include "document/RecordReaders.h"
 
+#include <algorithm>
 #include <map>
 #include <memory>
 #include <stdexcept>
@@ -33,17 +34,12 @@ std::int32_t BoundaryKind(const Node& node) {
   if (!node.IsString()) {
     return node.Integer<std::int32_t>();
   }
-  static const std::map<std::string, Conversion::BoundaryReference> names = {
-      {"absolute", Conversion::Absolute},
-      {"sameLimit", Conversion::SameLimit},
-      {"oppositeLimit", Conversion::OppositeLimit},
-      {"otherBoundary", Conversion::OtherBoundary}};
-  const auto found = names.find(node.String());
-  if (found == names.end()) {
+  std::int32_t kind = 0;
+  if (!BoundaryKindOfName(node.String(), kind)) {
     node.Fail("unknown boundary kind \"" + node.String() +
               "\" (expected absolute, sameLimit, oppositeLimit, otherBoundary or a number)");
   }
-  return found->second;
+  return kind;
 }
 
 Data::Channels::Speed ReadSpeed(const Node& node) {
@@ -53,31 +49,127 @@ Data::Channels::Speed ReadSpeed(const Node& node) {
 
 }  // namespace
 
-Kov::Replivo::Data::Sequences::AudioVideoElement ReadElement(const Node& node) {
-  node.ExpectObject(
-      {"number", "serverId", "playlistNumber", "itemNumber", "umId", "inBoundaryKind",
-       "outBoundaryKind", "videoInValue", "videoOutValue", "audioInValue", "audioOutValue"},
-      {"speed", "transitionType", "videoTransitionDuration", "audioTransitionType",
-       "audioTransitionDuration"});
-  Sequences::AudioVideoElement element;
-  element.number = node["number"].Integer<std::uint32_t>();
-  element.serverId = Data::Servers::ServerId(node["serverId"].Integer<std::uint32_t>());
-  element.playlistNumber = node["playlistNumber"].Integer<std::int32_t>();
-  element.itemNumber = node["itemNumber"].Integer<std::int32_t>();
-  element.umId = Data::Clips::UmId(node["umId"].UmIdText().c_str());
-  element.inBoundaryKind = BoundaryKind(node["inBoundaryKind"]);
-  element.outBoundaryKind = BoundaryKind(node["outBoundaryKind"]);
-  element.videoInValue = node["videoInValue"].Integer<std::int64_t>();
-  element.videoOutValue = node["videoOutValue"].Integer<std::int64_t>();
-  element.audioInValue = node["audioInValue"].Integer<std::int64_t>();
-  element.audioOutValue = node["audioOutValue"].Integer<std::int64_t>();
-  if (node.Has("speed")) {
-    element.speed = ReadSpeed(node["speed"]);
+bool BoundaryKindOfName(std::string_view name, std::int32_t& kind) {
+  static constexpr std::pair<std::string_view, Conversion::BoundaryReference> kNames[] = {
+      {"absolute", Conversion::Absolute},
+      {"sameLimit", Conversion::SameLimit},
+      {"oppositeLimit", Conversion::OppositeLimit},
+      {"otherBoundary", Conversion::OtherBoundary}};
+  for (const auto& entry : kNames) {
+    if (entry.first == name) {
+      kind = entry.second;
+      return true;
+    }
   }
-  node.ReadOptional("transitionType", element.transitionType);
-  node.ReadOptional("videoTransitionDuration", element.videoTransitionDuration);
-  node.ReadOptional("audioTransitionType", element.audioTransitionType);
-  node.ReadOptional("audioTransitionDuration", element.audioTransitionDuration);
+  return false;
+}
+
+namespace {
+
+// The position of a field in kElementFields; a name that is none does not compile.
+constexpr std::size_t FieldAt(std::string_view name) {
+  for (std::size_t field = 0; field < kElementFields.size(); ++field) {
+    if (kElementFields[field].name == name) {
+      return field;
+    }
+  }
+  throw std::logic_error("no such element field");
+}
+
+}  // namespace
+
+void SetElementInteger(Sequences::AudioVideoElement& element, std::size_t field,
+                       std::int64_t value) {
+  const auto narrow = static_cast<std::int32_t>(value);
+  switch (field) {
+    case FieldAt("number"):
+      element.number = static_cast<std::uint32_t>(value);
+      break;
+    case FieldAt("serverId"):
+      element.serverId = Data::Servers::ServerId(static_cast<std::uint32_t>(value));
+      break;
+    case FieldAt("playlistNumber"):
+      element.playlistNumber = narrow;
+      break;
+    case FieldAt("itemNumber"):
+      element.itemNumber = narrow;
+      break;
+    case FieldAt("inBoundaryKind"):
+      element.inBoundaryKind = narrow;
+      break;
+    case FieldAt("outBoundaryKind"):
+      element.outBoundaryKind = narrow;
+      break;
+    case FieldAt("videoInValue"):
+      element.videoInValue = value;
+      break;
+    case FieldAt("videoOutValue"):
+      element.videoOutValue = value;
+      break;
+    case FieldAt("audioInValue"):
+      element.audioInValue = value;
+      break;
+    case FieldAt("audioOutValue"):
+      element.audioOutValue = value;
+      break;
+    case FieldAt("transitionType"):
+      element.transitionType = narrow;
+      break;
+    case FieldAt("videoTransitionDuration"):
+      element.videoTransitionDuration = narrow;
+      break;
+    case FieldAt("audioTransitionType"):
+      element.audioTransitionType = narrow;
+      break;
+    case FieldAt("audioTransitionDuration"):
+      element.audioTransitionDuration = narrow;
+      break;
+    default:
+      throw std::logic_error("SetElementInteger: not an integer field");
+  }
+}
+
+Kov::Replivo::Data::Sequences::AudioVideoElement ReadElement(const Node& node) {
+  static const auto names = [] {
+    std::array<std::string_view, kElementFields.size()> list{};
+    for (std::size_t field = 0; field < list.size(); ++field) {
+      list[field] = kElementFields[field].name;
+    }
+    return list;
+  }();
+  static const auto requiredCount = static_cast<std::size_t>(
+      std::count_if(kElementFields.begin(), kElementFields.end(),
+                    [](const ElementField& field) { return field.required; }));
+  node.ExpectFields(names.data(), names.size(), requiredCount);
+  Sequences::AudioVideoElement element;
+  for (std::size_t field = 0; field < kElementFields.size(); ++field) {
+    const ElementField& spec = kElementFields[field];
+    const char* name = spec.name.data();  // a literal: NUL-terminated
+    if (!spec.required && !node.Has(name)) {
+      continue;
+    }
+    const Node value = node[name];
+    switch (spec.value) {
+      case ElementValue::Unsigned32:
+        SetElementInteger(element, field, value.Integer<std::uint32_t>());
+        break;
+      case ElementValue::Signed32:
+        SetElementInteger(element, field, value.Integer<std::int32_t>());
+        break;
+      case ElementValue::Signed64:
+        SetElementInteger(element, field, value.Integer<std::int64_t>());
+        break;
+      case ElementValue::ClipId:
+        element.umId = Data::Clips::UmId(value.UmIdText().c_str());
+        break;
+      case ElementValue::BoundaryKind:
+        SetElementInteger(element, field, BoundaryKind(value));
+        break;
+      case ElementValue::Speed:
+        element.speed = ReadSpeed(value);
+        break;
+    }
+  }
   return element;
 }
 
@@ -184,6 +276,18 @@ Kov::DataModel::MediaAssets::MediaAsset ReadAsset(const Node& node, DocumentAsse
     }
   }
   return asset;
+}
+
+void AddAsset(const Node& node, StreamedRecords& records) {
+  DocumentAsset name;
+  Kov::DataModel::MediaAssets::MediaAsset asset = ReadAsset(node, name);
+  const std::string path = "/assets/" + std::to_string(records.assetOrder.size());
+  const auto earlier = records.assetPathOfKey.emplace(name.key.Text(), path);
+  if (!earlier.second) {
+    node.Fail("the asset " + name.key.Text() + " is already given at " + earlier.first->second);
+  }
+  records.assets->emplace(name.key, std::move(asset));
+  records.assetOrder.push_back(std::move(name));
 }
 
 }  // namespace TimelineConvert

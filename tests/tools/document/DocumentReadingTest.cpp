@@ -120,6 +120,19 @@ TEST(DocumentReading, EveryFaultNamesItsPlace) {
        "durationInFields, rate, audioVideoTrack, auxTrackUmId)"},
       {"/playlist/audioVideoTrack/elements", json::object(),
        "/playlist/audioVideoTrack/elements: expected an array, found an object"},
+      {"/playlist/audioVideoTrack/elements/0/Speed", 1,
+       "/playlist/audioVideoTrack/elements/0/Speed: unknown field (expected one of: number, "
+       "serverId, playlistNumber, itemNumber, umId, inBoundaryKind, outBoundaryKind, "
+       "videoInValue, videoOutValue, audioInValue, audioOutValue, speed, transitionType, "
+       "videoTransitionDuration, audioTransitionType, audioTransitionDuration)"},
+      {"/playlist/audioVideoTrack/elements/0/audioOutValue", nullptr,
+       "/playlist/audioVideoTrack/elements/0: missing field \"audioOutValue\""},
+      {"/playlist/audioVideoTrack/elements/0/speed",
+       {{"numerator", 1}},
+       "/playlist/audioVideoTrack/elements/0/speed: missing field \"denominator\""},
+      {"/playlist/audioVideoTrack/elements/0/audioTransitionDuration", -2147483649LL,
+       "/playlist/audioVideoTrack/elements/0/audioTransitionDuration: -2147483649 is out of range "
+       "for a signed 32-bit number (-2147483648 to 2147483647)"},
       {"/playlist/audioVideoTrack/elements/0/inBoundaryKind", "fromStart",
        "/playlist/audioVideoTrack/elements/0/inBoundaryKind: unknown boundary kind \"fromStart\" "
        "(expected absolute, sameLimit, oppositeLimit, otherBoundary or a number)"},
