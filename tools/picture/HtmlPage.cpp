@@ -87,15 +87,15 @@ const ItemColumn kItemColumns[] = {
      [](const ViewItem& i) { return i.element ? static_cast<double>(*i.element) : -1.0; }},
     {"track", [](const ViewItem& i) { return double(i.track); }},
     {"flags", [](const ViewItem& i) { return double(i.flags); }},
-    {"mediaVideoIn", [](const ViewItem& i) { return double(i.mediaVideoIn); }},
-    {"mediaVideoLength", [](const ViewItem& i) { return double(i.mediaVideoDuration); }},
-    {"mediaAudioIn", [](const ViewItem& i) { return double(i.mediaAudioIn); }},
-    {"mediaAudioLength", [](const ViewItem& i) { return double(i.mediaAudioDuration); }},
+    {"mediaVideoIn", [](const ViewItem& i) { return double(i.Media().mediaVideoIn); }},
+    {"mediaVideoLength", [](const ViewItem& i) { return double(i.Media().mediaVideoDuration); }},
+    {"mediaAudioIn", [](const ViewItem& i) { return double(i.Media().mediaAudioIn); }},
+    {"mediaAudioLength", [](const ViewItem& i) { return double(i.Media().mediaAudioDuration); }},
     {"asset", [](const ViewItem& i) { return double(i.asset); }},
     {"audio", [](const ViewItem& i) { return i.audio ? 1.0 : 0.0; }},
-    {"effectKind", [](const ViewItem& i) { return double(i.effectKind); }},
-    {"offset", [](const ViewItem& i) { return double(i.offset); }},
-    {"duration", [](const ViewItem& i) { return double(i.duration); }},
+    {"effectKind", [](const ViewItem& i) { return double(i.Effect().kind); }},
+    {"offset", [](const ViewItem& i) { return double(i.Effect().offset); }},
+    {"duration", [](const ViewItem& i) { return double(i.Effect().duration); }},
 };
 
 // A mark with the row it is drawn in.
@@ -119,7 +119,7 @@ const MarkColumn kMarkColumns[] = {
 // script decodes them only when a search or an address needs one.
 void WriteIds(DataWriter& json, const std::vector<ViewItem>& items) {
   const bool joinable = std::none_of(items.begin(), items.end(), [](const ViewItem& item) {
-    return item.id->find('\n') != std::string::npos;
+    return item.Id().find('\n') != std::string::npos;
   });
   Column shared;
   json.Key("ids").Open('{');
@@ -131,7 +131,7 @@ void WriteIds(DataWriter& json, const std::vector<ViewItem>& items) {
     shared.Write(json, "shared");
     json.Key("rest").Open('[');
     for (const auto& item : items) {
-      json.Text(*item.id);
+      json.Text(item.Id());
     }
     json.Close(']').Close('}');
     return;
@@ -141,7 +141,7 @@ void WriteIds(DataWriter& json, const std::vector<ViewItem>& items) {
   const std::string* previousIds[2] = {nullptr, nullptr};
   for (const auto& item : items) {
     const std::string*& previousId = previousIds[item.transition ? 1 : 0];
-    const std::string& id = *item.id;
+    const std::string& id = item.Id();
     std::size_t common = 0;
     std::size_t tail = 0;
     if (previousId != nullptr) {
@@ -241,7 +241,7 @@ void WriteViewData(const Picture& picture, std::string& out) {
   for (std::size_t index = 0; index < view.items.size(); ++index) {
     const auto& item = view.items[index];
     if (!item.transition && item.asset < 0 && (item.flags & kRefused) == 0) {
-      json.Key(std::to_string(index).c_str()).Text(*item.mediaId);
+      json.Key(std::to_string(index).c_str()).Text(item.Media().mediaId.Text());
     }
   }
   json.Close('}');

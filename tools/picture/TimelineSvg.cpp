@@ -161,8 +161,9 @@ struct Band {
   std::size_t problems = 0;
   double pixels = 0;
   const Mark* only = nullptr;
-  std::string firstNumber;
-  std::string lastNumber;
+  // Named only when the band is drawn.
+  const ViewItem* first = nullptr;
+  const ViewItem* last = nullptr;
 };
 
 class SvgWriter {
@@ -351,33 +352,38 @@ class SvgWriter {
   std::string Tooltip(const Mark& mark) const {
     const auto& item = view_.items[mark.item];
     if (mark.kind == MarkKind::Refused) {
-      return "REFUSED element " + item.number + ": " + labels_.refusal->message + SourceText(item);
+      return "REFUSED element " + ItemNumber(item, labels_) + ": " + labels_.refusal->message +
+             SourceText(item);
     }
     if (item.transition) {
-      const std::string kind = std::to_string(item.effectKind);
+      const auto& effect = item.Effect();
+      const std::string kind = std::to_string(effect.kind);
       return std::string(item.audio ? "audio" : "video") + " transition, effect kind " + kind +
-             "\noffset " + Frames(item.offset) + ", duration " + Frames(item.duration) +
-             " frames\n" + *item.id + SourceText(item);
+             "\noffset " + Frames(effect.offset) + ", duration " + Frames(effect.duration) +
+             " frames\n" + item.Id() + SourceText(item);
     }
-    return "item " + item.number + " (" + *item.id + ")\nasset " + AssetText(item) + " (" +
-           *item.mediaId + ")\n" +
-           PartText("picture", item.timelineVideoIn, item.timelineVideoDuration, item.mediaVideoIn,
-                    item.mediaVideoDuration) +
+    const auto& media = item.Media();
+    return "item " + ItemNumber(item, labels_) + " (" + item.Id() + ")\nasset " + AssetText(item) +
+           " (" + media.mediaId.Text() + ")\n" +
+           PartText("picture", media.timelineVideoIn, media.timelineVideoDuration,
+                    media.mediaVideoIn, media.mediaVideoDuration) +
            "\n" +
-           PartText("sound", item.timelineAudioIn, item.timelineAudioDuration, item.mediaAudioIn,
-                    item.mediaAudioDuration) +
+           PartText("sound", media.timelineAudioIn, media.timelineAudioDuration, media.mediaAudioIn,
+                    media.mediaAudioDuration) +
            SourceText(item) + ProblemText(mark.flags);
   }
 
   std::vector<std::string> LabelChoices(const Mark& mark) const {
     const auto& item = view_.items[mark.item];
+    const std::string number = ItemNumber(item, labels_);
     if (mark.kind == MarkKind::Refused) {
-      return {item.number + " refused", item.number};
+      return {number + " refused", number};
     }
     if (item.transition) {
-      const std::string kind = std::to_string(item.effectKind);
-      return {"kind " + kind + ", " + Frames(item.duration) + "f",
-              "k" + kind + " " + Frames(item.duration), "k" + kind};
+      const auto& effect = item.Effect();
+      const std::string kind = std::to_string(effect.kind);
+      return {"kind " + kind + ", " + Frames(effect.duration) + "f",
+              "k" + kind + " " + Frames(effect.duration), "k" + kind};
     }
     std::string speed;
     if ((mark.flags & kSpeedChanged) != 0 && item.element) {
@@ -390,8 +396,8 @@ class SvgWriter {
     } else if ((mark.flags & kOverlap) != 0) {
       flag = " overlap!";
     }
-    return {item.number + speed + flag + " " + AssetText(item), item.number + speed + flag,
-            item.number + speed, item.number};
+    return {number + speed + flag + " " + AssetText(item), number + speed + flag, number + speed,
+            number};
   }
 
   std::string BoxClass(const Mark& mark, bool sound) const {
@@ -446,9 +452,10 @@ class SvgWriter {
           (mark.flags & kAuxZero) != 0
               ? "aux item " +
                     (labels_.auxReason.empty() ? std::string("plays 0 frames") : labels_.auxReason)
-              : item.number + ((mark.flags & kZero) != 0
-                                   ? " 0f!"
-                                   : " " + Frames(static_cast<std::int64_t>(mark.length)) + "f!");
+              : ItemNumber(item, labels_) +
+                    ((mark.flags & kZero) != 0
+                         ? " 0f!"
+                         : " " + Frames(static_cast<std::int64_t>(mark.length)) + "f!");
       Marker(mark, x, rowTop, label);
       return;
     }
@@ -493,8 +500,9 @@ class SvgWriter {
            << "\" x=\"" << Number(x) << "\" y=\"" << Number(fx ? rowTop + kRowHeight - 6 : rowTop)
            << "\" width=\"" << Number(kBandWidth) << "\" height=\"" << Number(fx ? 6 : kRowHeight)
            << "\" fill-opacity=\"" << Number(opacity) << "\"><title>" << band.count
-           << (fx ? " transitions" : " items") << " merged, " << EscapeXml(band.firstNumber)
-           << "\xE2\x80\xA6" << EscapeXml(band.lastNumber);
+           << (fx ? " transitions" : " items") << " merged, "
+           << EscapeXml(ItemNumber(*band.first, labels_)) << "\xE2\x80\xA6"
+           << EscapeXml(ItemNumber(*band.last, labels_));
       if (band.problems > 0) {
         out_ << ", " << band.problems << " flagged";
       }
@@ -526,9 +534,9 @@ class SvgWriter {
       band.only = &mark;
       const auto& item = view_.items[mark.item];
       if (band.count == 0) {
-        band.firstNumber = item.number;
+        band.first = &item;
       }
-      band.lastNumber = item.number;
+      band.last = &item;
       ++band.count;
       band.pixels += width;
       if ((mark.flags & kProblemFlags) != 0) {

@@ -64,7 +64,10 @@ Engine::Timeline TimelineOfLengths(const std::vector<std::int64_t>& lengths,
     media->mediaVideoDuration = media->mediaAudioDuration = lengths[index];
     position += lengths[index];
     track.items.push_back(media);
-    labels.itemNumbers[id] = "#" + std::to_string(index + 1);
+    TimelineConvert::SourceElement element;
+    element.index = index;
+    element.itemNumber = static_cast<std::int32_t>(index + 1);
+    labels.elements.push_back(element);
   }
   labels.assets = {{"asset", "CLIP"}};
   return Engine::Timeline{"timeline", {}, position, {track}, {}};
@@ -161,7 +164,7 @@ TEST(TimelineSvg, FlagsWhatNeedsASecondLook) {
     if (row.aux) {
       auto aux = std::make_shared<Engine::MediaSummaryItem>("aux-item");
       timeline.tracks.push_back(Engine::Track{"aux-track", 1, {aux}});
-      labels.itemNumbers["aux-item"] = "aux";
+      labels.auxTrack = 1;
       labels.auxReason = "0 frames: open-ended";
     }
     const auto svg = TimelineToSvg(timeline, kRate50, labels);
