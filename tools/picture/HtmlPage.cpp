@@ -43,9 +43,16 @@ void Words(DataWriter& json, const PictureLabels& labels, const Kov::TimePoints:
   }
   json.Close('}').Key("framesPerSecond").Int(NominalFrameRate(rate));
   json.Key("speeds").Open('{');
+  // A speed runs on over many elements: each run is looked up once.
   std::set<std::pair<std::int32_t, std::int32_t>> speeds;
+  std::pair<std::int32_t, std::int32_t> last{0, 0};
   for (const auto& element : labels.elements) {
-    speeds.emplace(element.speedNumerator, element.speedDenominator);
+    const std::pair<std::int32_t, std::int32_t> speed{element.speedNumerator,
+                                                      element.speedDenominator};
+    if (speeds.empty() || speed != last) {
+      speeds.insert(speed);
+      last = speed;
+    }
   }
   for (const auto& speed : speeds) {
     const std::string key = std::to_string(speed.first) + "/" + std::to_string(speed.second);
@@ -138,6 +145,8 @@ void WriteIds(DataWriter& json, const std::vector<ViewItem>& items) {
   }
   std::string rests;
   Column suffixes;
+  shared.Reserve(items.size());
+  suffixes.Reserve(items.size());
   const std::string* previousIds[2] = {nullptr, nullptr};
   for (const auto& item : items) {
     const std::string*& previousId = previousIds[item.transition ? 1 : 0];
@@ -212,6 +221,7 @@ void WriteViewData(const Picture& picture, std::string& out) {
   // Clip names once each; the elements' "clip" column refers to them.
   std::unordered_map<std::string, std::size_t> clipIndex;
   Column elementClips;
+  elementClips.Reserve(labels.elements.size());
   json.Key("clips").Open('[');
   for (const auto& e : labels.elements) {
     const auto added = clipIndex.emplace(e.clip, clipIndex.size());
@@ -227,7 +237,12 @@ void WriteViewData(const Picture& picture, std::string& out) {
   elementClips.Write(json, "clip");
   json.Close('}');
   WriteTable(json, "items", view.items, kItemColumns);
+  std::size_t markCount = 0;
+  for (const auto& row : view.rows) {
+    markCount += row.marks.size();
+  }
   std::vector<RowMark> marks;
+  marks.reserve(markCount);
   for (std::size_t row = 0; row < view.rows.size(); ++row) {
     for (const auto& mark : view.rows[row].marks) {
       marks.push_back({&mark, row});
