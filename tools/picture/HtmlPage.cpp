@@ -14,6 +14,7 @@
 #include <utility>
 #include <vector>
 
+#include "export/Timecode.h"
 #include "picture/PageColumns.h"
 #include "picture/PictureText.h"
 
@@ -29,7 +30,8 @@ namespace Conversion = Kov::Replivo::Tollan::TimelineEngineConversion;
 
 // The words and numbers the viewer shows as the SVG does, made here once: the
 // flag bits by name, what each problem flag means, the frames per second of
-// the timecode and the text of every speed the elements play at.
+// the timecode and the labels it skips a minute, and the text of every speed
+// the elements play at.
 void Words(DataWriter& json, const PictureLabels& labels, const Kov::TimePoints::Rate& rate) {
   json.Key("words").Open('{').Key("flags").Open('{');
   for (const auto& named : kNamedFlags) {
@@ -41,7 +43,12 @@ void Words(DataWriter& json, const PictureLabels& labels, const Kov::TimePoints:
       json.Key(named.name).Text(ProblemWords(named.flag));
     }
   }
-  json.Close('}').Key("framesPerSecond").Int(NominalFrameRate(rate));
+  // The timecode rule's numbers, so that the viewer counts as the SVG does.
+  TimecodeBase timecode;
+  timecode.framesPerSecond = NominalFrameRate(rate);
+  timecode.dropFrame = IsDropFrameRate(rate);
+  json.Close('}').Key("framesPerSecond").Int(timecode.framesPerSecond);
+  json.Key("droppedPerMinute").Int(DroppedPerMinute(timecode));
   json.Key("speeds").Open('{');
   // A speed runs on over many elements: each run is looked up once.
   std::set<std::pair<std::int32_t, std::int32_t>> speeds;

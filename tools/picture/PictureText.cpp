@@ -2,6 +2,7 @@
 // page data, so that the SVG and the viewer write them alike.
 #include "picture/PictureText.h"
 
+#include "export/Timecode.h"
 #include "picture/TimelineView.h"
 
 #include <algorithm>
@@ -32,32 +33,14 @@ long long NominalFrameRate(const Kov::TimePoints::Rate& rate) {
 }
 
 std::string Timecode(double frame, const Kov::TimePoints::Rate& rate) {
-  const long long framesPerSecond = NominalFrameRate(rate);
   const long long whole = std::llround(frame);
-  if (framesPerSecond <= 0) {
+  TimecodeBase base;
+  base.framesPerSecond = NominalFrameRate(rate);
+  if (base.framesPerSecond <= 0) {
     return "frame " + std::to_string(whole);
   }
-  unsigned long long magnitude = whole < 0 ? 0ULL - static_cast<unsigned long long>(whole) : whole;
-  const auto perSecond = static_cast<unsigned long long>(framesPerSecond);
-  // Drop-frame labels at 30000/1001 and 60000/1001, counted as the viewer
-  // counts them, so that the picture and the page show the same timecode.
-  const bool dropFrame =
-      rate.denominator == 1001 && (rate.numerator == 30000 || rate.numerator == 60000);
-  if (dropFrame) {
-    // The first labels of every minute but each tenth are skipped.
-    const unsigned long long drop = perSecond / 15;
-    const unsigned long long perMinute = perSecond * 60 - drop;
-    const unsigned long long perTenMinutes = perMinute * 10 + drop;
-    const unsigned long long rest = magnitude % perTenMinutes;
-    magnitude += 9 * drop * (magnitude / perTenMinutes) +
-                 (rest > drop ? drop * ((rest - drop) / perMinute) : 0);
-  }
-  const unsigned long long seconds = magnitude / perSecond;
-  char buffer[64];
-  std::snprintf(buffer, sizeof buffer, "%s%02llu:%02llu:%02llu%c%02llu", whole < 0 ? "-" : "",
-                seconds / 3600, seconds / 60 % 60, seconds % 60, dropFrame ? ';' : ':',
-                magnitude % perSecond);
-  return buffer;
+  base.dropFrame = IsDropFrameRate(rate);
+  return TimecodeText(whole, base);
 }
 
 const char* ProblemWords(std::uint8_t flag) {
