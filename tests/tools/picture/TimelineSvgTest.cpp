@@ -104,6 +104,25 @@ TEST(TimelineSvg, ShippedExampleShowsLanesItemsTransitionsAndRuler) {
   EXPECT_LT(dissolves[1], pictures[2]);
 }
 
+// Items are named by their place in the track, not by identifier: two
+// elements of one number (so one identifier) each keep their own name.
+TEST(TimelineSvg, ElementsOfOneNumberKeepTheirOwnNames) {
+  std::string text = tool_testing::ReadFile(tool_testing::SourcePath("examples/highlight.json"));
+  const std::string third = "\"number\": 3, \"serverId\"";
+  text.replace(text.find(third), third.size(), "\"number\": 2, \"serverId\"");
+  const auto document = TimelineConvert::ReadPlaylistDocument(text);
+  TimelineConvert::Outcome outcome;
+  const auto svg = Render(document, false, outcome);
+  for (const char* expected : {">#2 A2 CAM-B-0032<",
+                               "element 1 (number 2, clip CAM-B-0032)\nspeed \xC3\x97"
+                               "1 (inherited)",
+                               ">#3 \xC3\x97"
+                               "0.5 A3 CAM-SSM-001<",
+                               "element 2 (number 2, clip CAM-SSM-001)"}) {
+    EXPECT_NE(svg.find(expected), std::string::npos) << expected;
+  }
+}
+
 TEST(TimelineSvg, RefusedPlaylistIsDrawnUpToTheRefusedElement) {
   const auto document = TimelineConvert::ReadPlaylistDocument(
       tool_testing::ReadFile(tool_testing::SourcePath("examples/refused.json")));
