@@ -30,8 +30,8 @@ namespace Conversion = Kov::Replivo::Tollan::TimelineEngineConversion;
 
 // The words and numbers the viewer shows as the SVG does, made here once: the
 // flag bits by name, what each problem flag means, the frames per second of
-// the timecode and the labels it skips a minute, and the text of every speed
-// the elements play at.
+// the timecode and the labels it skips a minute, the ruler's steps, the aux
+// item's label and the text of every speed the elements play at.
 void Words(DataWriter& json, const PictureLabels& labels, const Kov::TimePoints::Rate& rate) {
   json.Key("words").Open('{').Key("flags").Open('{');
   for (const auto& named : kNamedFlags) {
@@ -49,6 +49,11 @@ void Words(DataWriter& json, const PictureLabels& labels, const Kov::TimePoints:
   timecode.dropFrame = IsDropFrameRate(rate);
   json.Close('}').Key("framesPerSecond").Int(timecode.framesPerSecond);
   json.Key("droppedPerMinute").Int(DroppedPerMinute(timecode));
+  json.Key("tickSteps").Open('[');
+  for (const long long step : TickSteps(timecode.framesPerSecond)) {
+    json.Int(step);
+  }
+  json.Close(']').Key("auxItem").Text(AuxItemText(labels.auxReason));
   json.Key("speeds").Open('{');
   // A speed runs on over many elements: each run is looked up once.
   std::set<std::pair<std::int32_t, std::int32_t>> speeds;

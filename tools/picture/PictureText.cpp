@@ -43,6 +43,25 @@ std::string Timecode(double frame, const Kov::TimePoints::Rate& rate) {
   return TimecodeText(whole, base);
 }
 
+std::vector<long long> TickSteps(long long framesPerSecond) {
+  std::vector<long long> steps;
+  for (const long long frames : {1, 2, 5, 10, 20}) {
+    if (framesPerSecond <= 0 || frames < framesPerSecond) {
+      steps.push_back(frames);
+    }
+  }
+  if (framesPerSecond > 0) {
+    for (const long long seconds : {1, 2, 5, 10, 15, 30, 60, 120, 300, 600, 900, 1800, 3600}) {
+      steps.push_back(seconds * framesPerSecond);
+    }
+  }
+  return steps;
+}
+
+std::string AuxItemText(const std::string& auxReason) {
+  return "aux item " + (auxReason.empty() ? std::string("plays 0 frames") : auxReason);
+}
+
 const char* ProblemWords(std::uint8_t flag) {
   switch (flag) {
     case kNegative:

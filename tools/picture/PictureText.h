@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <string>
 #include <type_traits>
+#include <vector>
 
 namespace TimelineConvert {
 
@@ -20,6 +21,14 @@ long long NominalFrameRate(const Kov::TimePoints::Rate& rate);
 // Frames as HH:MM:SS:FF at the nearest whole frame rate of `rate`, or
 // "frame N" when the rate has none.
 std::string Timecode(double frame, const Kov::TimePoints::Rate& rate);
+
+// The ruler's round steps in frames, shortest first: whole frames below a
+// second, then whole seconds and minutes; a ruler takes the first whose
+// ticks stand far enough apart, doubling the last beyond them.
+std::vector<long long> TickSteps(long long framesPerSecond);
+
+// What the aux item that plays nothing is labelled: "aux item " and why.
+std::string AuxItemText(const std::string& auxReason);
 
 // What a problem flag of a mark means, in both pictures' words: "negative
 // length on the timeline" and the like; empty for a flag without one.

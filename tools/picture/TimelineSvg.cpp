@@ -120,23 +120,13 @@ std::string FittingLabel(const std::vector<std::string>& candidates, double widt
 // enough apart for their labels.
 double TickStep(double pixelsPerFrame, long long framesPerSecond) {
   const double minimum = kMinTickSpacing / pixelsPerFrame;
-  std::vector<double> steps;
-  for (const double frames : {1.0, 2.0, 5.0, 10.0, 20.0}) {
-    if (framesPerSecond <= 0 || frames < static_cast<double>(framesPerSecond)) {
-      steps.push_back(frames);
+  const std::vector<long long> steps = TickSteps(framesPerSecond);
+  for (const long long step : steps) {
+    if (static_cast<double>(step) >= minimum) {
+      return static_cast<double>(step);
     }
   }
-  if (framesPerSecond > 0) {
-    for (const double seconds : {1, 2, 5, 10, 15, 30, 60, 120, 300, 600, 900, 1800, 3600}) {
-      steps.push_back(seconds * static_cast<double>(framesPerSecond));
-    }
-  }
-  for (const double step : steps) {
-    if (step >= minimum) {
-      return step;
-    }
-  }
-  double step = steps.back();
+  double step = static_cast<double>(steps.back());
   while (step < minimum) {
     step *= 2;
   }
@@ -179,6 +169,7 @@ class SvgWriter {
   }
 
   std::string Svg() {
+    out_.Reserve(SizeEstimate());
     out_ << "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"" << Number(width_) << "\" height=\""
          << Number(height_) << "\" viewBox=\"0 0 " << Number(width_) << ' ' << Number(height_)
          << "\" font-family=\"monospace\" font-size=\"11\">\n"
@@ -250,6 +241,20 @@ class SvgWriter {
       headerLines_.push_back("and " + std::to_string(count - shown) +
                              " more findings: timeline-convert check lists them all");
     }
+  }
+
+  // Room for the whole picture at once: grown by doubling, the text would be
+  // copied as it grows and held up to three times. A row draws at most a band
+  // or a wide mark per band's width, each about a kilobyte with its tooltip;
+  // room that is never written costs no memory.
+  std::size_t SizeEstimate() const {
+    const double perRow = 2 * width_ / kBandWidth + 4;
+    double size = 16384 + 2 * width_ +
+                  256 * static_cast<double>(headerLines_.size() + labels_.assets.size());
+    for (const auto& row : view_.rows) {
+      size += 1024 * std::min(static_cast<double>(row.marks.size()), perRow);
+    }
+    return static_cast<std::size_t>(size);
   }
 
   double X(double frame) const { return kLeftMargin + (frame - view_.firstFrame) * scale_; }
@@ -329,8 +334,7 @@ class SvgWriter {
       }
     }
     if ((flags & kAuxZero) != 0) {
-      text += "\nFLAG: aux item " +
-              (labels_.auxReason.empty() ? std::string("plays 0 frames") : labels_.auxReason);
+      text += "\nFLAG: " + AuxItemText(labels_.auxReason);
     }
     return text;
   }
@@ -450,8 +454,7 @@ class SvgWriter {
       const auto& item = view_.items[mark.item];
       std::string label =
           (mark.flags & kAuxZero) != 0
-              ? "aux item " +
-                    (labels_.auxReason.empty() ? std::string("plays 0 frames") : labels_.auxReason)
+              ? AuxItemText(labels_.auxReason)
               : ItemNumber(item, labels_) +
                     ((mark.flags & kZero) != 0
                          ? " 0f!"

@@ -33,7 +33,7 @@ function flagTexts(flags) {
   ["negative", "zero", "overlap"].forEach(function (name) {
     if (flags & FLAG[name]) texts.push(data.words.problems[name]);
   });
-  if (flags & FLAG.auxZero) texts.push("aux item " + (data.auxReason || "plays 0 frames"));
+  if (flags & FLAG.auxZero) texts.push(data.words.auxItem);
   if (flags & FLAG.refused) texts.push("refused: " + data.refusal.message);
   return texts;
 }
