@@ -75,23 +75,25 @@ void Words(DataWriter& json, const PictureLabels& labels, const Kov::TimePoints:
 
 using ElementColumn = std::pair<const char*, double (*)(const SourceElement&)>;
 const ElementColumn kElementColumns[] = {
-    {"number", [](const SourceElement& e) { return double(e.number); }},
-    {"itemNumber", [](const SourceElement& e) { return double(e.itemNumber); }},
-    {"inBoundaryKind", [](const SourceElement& e) { return double(e.inBoundaryKind); }},
-    {"outBoundaryKind", [](const SourceElement& e) { return double(e.outBoundaryKind); }},
-    {"videoIn", [](const SourceElement& e) { return double(e.videoIn); }},
-    {"videoOut", [](const SourceElement& e) { return double(e.videoOut); }},
-    {"audioIn", [](const SourceElement& e) { return double(e.audioIn); }},
-    {"audioOut", [](const SourceElement& e) { return double(e.audioOut); }},
+    {"number", [](const SourceElement& e) { return double(e.element->number); }},
+    {"itemNumber", [](const SourceElement& e) { return double(e.element->itemNumber); }},
+    {"inBoundaryKind", [](const SourceElement& e) { return double(e.element->inBoundaryKind); }},
+    {"outBoundaryKind", [](const SourceElement& e) { return double(e.element->outBoundaryKind); }},
+    {"videoIn", [](const SourceElement& e) { return double(e.element->videoInValue); }},
+    {"videoOut", [](const SourceElement& e) { return double(e.element->videoOutValue); }},
+    {"audioIn", [](const SourceElement& e) { return double(e.element->audioInValue); }},
+    {"audioOut", [](const SourceElement& e) { return double(e.element->audioOutValue); }},
     {"speedNumerator", [](const SourceElement& e) { return double(e.speedNumerator); }},
     {"speedDenominator", [](const SourceElement& e) { return double(e.speedDenominator); }},
     {"ownSpeed", [](const SourceElement& e) { return e.ownSpeed ? 1.0 : 0.0; }},
-    {"videoTransitionType", [](const SourceElement& e) { return double(e.videoTransitionType); }},
+    {"videoTransitionType",
+     [](const SourceElement& e) { return double(e.element->transitionType); }},
     {"videoTransitionDuration",
-     [](const SourceElement& e) { return double(e.videoTransitionDuration); }},
-    {"audioTransitionType", [](const SourceElement& e) { return double(e.audioTransitionType); }},
+     [](const SourceElement& e) { return double(e.element->videoTransitionDuration); }},
+    {"audioTransitionType",
+     [](const SourceElement& e) { return double(e.element->audioTransitionType); }},
     {"audioTransitionDuration",
-     [](const SourceElement& e) { return double(e.audioTransitionDuration); }},
+     [](const SourceElement& e) { return double(e.element->audioTransitionDuration); }},
 };
 
 // Kind: 0 media, 1 transition, 2 the refused element.
@@ -236,9 +238,9 @@ void WriteViewData(const Picture& picture, std::string& out) {
   elementClips.Reserve(labels.elements.size());
   json.Key("clips").Open('[');
   for (const auto& e : labels.elements) {
-    const auto added = clipIndex.emplace(e.clip, clipIndex.size());
+    const auto added = clipIndex.emplace(e.element->umId.GetUmId(), clipIndex.size());
     if (added.second) {
-      json.Text(e.clip);
+      json.Text(added.first->first);
     }
     elementClips.Add(static_cast<double>(added.first->second));
   }

@@ -249,8 +249,8 @@ class SvgWriter {
   // room that is never written costs no memory.
   std::size_t SizeEstimate() const {
     const double perRow = 2 * width_ / kBandWidth + 4;
-    double size = 16384 + 2 * width_ +
-                  256 * static_cast<double>(headerLines_.size() + labels_.assets.size());
+    double size =
+        16384 + 2 * width_ + 256 * static_cast<double>(headerLines_.size() + labels_.assets.size());
     for (const auto& row : view_.rows) {
       size += 1024 * std::min(static_cast<double>(row.marks.size()), perRow);
     }
@@ -344,8 +344,9 @@ class SvgWriter {
       return "";
     }
     const auto& source = labels_.elements[*item.element];
-    std::string text = "\nelement " + std::to_string(source.index) + " (number " +
-                       std::to_string(source.number) + ", clip " + source.clip + ")";
+    std::string text = "\nelement " + std::to_string(*item.element) + " (number " +
+                       std::to_string(source.element->number) + ", clip " +
+                       source.element->umId.GetUmId() + ")";
     if (!item.transition) {
       text += "\nspeed " + SpeedText(source.speedNumerator, source.speedDenominator) +
               (source.ownSpeed ? "" : " (inherited)");

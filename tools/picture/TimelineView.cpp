@@ -44,7 +44,7 @@ void AppendItemNumber(std::string& out, const ViewItem& item, const PictureLabel
   if (item.element) {
     char digits[16] = {'#'};
     out.append(digits, std::to_chars(digits + 1, digits + sizeof digits,
-                                     labels.elements[*item.element].itemNumber)
+                                     labels.elements[*item.element].element->itemNumber)
                            .ptr);
     if (item.transition) {
       out += ' ';
@@ -78,20 +78,7 @@ PictureLabels LabelsFromDocument(const PlaylistDocument& document, bool playlist
   for (std::size_t index = 0; index < elements.size(); ++index) {
     const auto& element = elements[index];
     SourceElement source;
-    source.index = index;
-    source.number = element.number;
-    source.itemNumber = element.itemNumber;
-    source.clip = element.umId.GetUmId();
-    source.inBoundaryKind = element.inBoundaryKind;
-    source.outBoundaryKind = element.outBoundaryKind;
-    source.videoIn = element.videoInValue;
-    source.videoOut = element.videoOutValue;
-    source.audioIn = element.audioInValue;
-    source.audioOut = element.audioOutValue;
-    source.videoTransitionType = element.transitionType;
-    source.videoTransitionDuration = element.videoTransitionDuration;
-    source.audioTransitionType = element.audioTransitionType;
-    source.audioTransitionDuration = element.audioTransitionDuration;
+    source.element = &element;
     source.ownSpeed =
         element.speed != Data::Channels::Speed::Empty() && element.speed.numerator != 0;
     if (source.ownSpeed) {

@@ -19,23 +19,11 @@
 
 namespace TimelineConvert {
 
-// One element of the playlist's audio-video track, as the document gives it,
-// with the play speed in force for it (its own, or the one it inherits).
+// One element of the playlist's audio-video track, as the document gives it
+// (the document outlives the picture, so the element is not copied), with
+// the play speed in force for it (its own, or the one it inherits).
 struct SourceElement {
-  std::size_t index = 0;
-  std::uint32_t number = 0;
-  std::int32_t itemNumber = 0;
-  std::string clip;
-  std::int32_t inBoundaryKind = 0;
-  std::int32_t outBoundaryKind = 0;
-  std::int64_t videoIn = 0;
-  std::int64_t videoOut = 0;
-  std::int64_t audioIn = 0;
-  std::int64_t audioOut = 0;
-  std::int32_t videoTransitionType = 0;
-  std::int32_t videoTransitionDuration = 0;
-  std::int32_t audioTransitionType = 0;
-  std::int32_t audioTransitionDuration = 0;
+  const Kov::Replivo::Data::Sequences::AudioVideoElement* element = nullptr;
   bool ownSpeed = false;
   std::int32_t speedNumerator = 1;
   std::int32_t speedDenominator = 1;

@@ -2,6 +2,7 @@
 // any content, and readability from three items to three hundred.
 #include <gtest/gtest.h>
 
+#include <deque>
 #include <limits>
 #include <optional>
 
@@ -64,10 +65,10 @@ Engine::Timeline TimelineOfLengths(const std::vector<std::int64_t>& lengths,
     media->mediaVideoDuration = media->mediaAudioDuration = lengths[index];
     position += lengths[index];
     track.items.push_back(media);
-    TimelineConvert::SourceElement element;
-    element.index = index;
-    element.itemNumber = static_cast<std::int32_t>(index + 1);
-    labels.elements.push_back(element);
+    // The labels point at the document's elements, which outlive them.
+    static std::deque<Kov::Replivo::Data::Sequences::AudioVideoElement> elements;
+    elements.emplace_back().itemNumber = static_cast<std::int32_t>(index + 1);
+    labels.elements.push_back({&elements.back()});
   }
   labels.assets = {{"asset", "CLIP"}};
   return Engine::Timeline{"timeline", {}, position, {track}, {}};
