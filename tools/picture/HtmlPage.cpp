@@ -255,14 +255,13 @@ void WriteViewData(const Picture& picture, std::string& out) {
   for (const auto& row : view.rows) {
     markCount += row.marks.size();
   }
-  std::vector<RowMark> marks;
-  marks.reserve(markCount);
-  for (std::size_t row = 0; row < view.rows.size(); ++row) {
-    for (const auto& mark : view.rows[row].marks) {
-      marks.push_back({&mark, row});
+  WriteVisitedTable(json, "marks", markCount, kMarkColumns, [&view](const auto& add) {
+    for (std::size_t row = 0; row < view.rows.size(); ++row) {
+      for (const auto& mark : view.rows[row].marks) {
+        add(RowMark{&mark, row});
+      }
     }
-  }
-  WriteTable(json, "marks", marks, kMarkColumns);
+  });
   json.Close('}');
   WriteIds(json, view.items);
   // Media ids of the items whose asset the document does not list.
@@ -321,7 +320,7 @@ void WriteViewData(const Picture& picture, std::string& out) {
 // page, and a string that grows by doubling would hold up to three times
 // the page while it copies. Room that is never written costs no memory.
 std::size_t PageSizeEstimate(const Picture& picture) {
-  std::size_t size = 48 * picture.view.items.size() + 4096 + std::strlen(ViewerStyle()) +
+  std::size_t size = 80 * picture.view.items.size() + 4096 + std::strlen(ViewerStyle()) +
                      std::strlen(ViewerScript());
   for (const auto& finding : picture.labels.findings) {
     size +=

@@ -277,20 +277,30 @@ class Column {
 
 // A table of named columns, written as {"count": N, "columns": {name: column}}.
 // The names are the whole contract with the script, which reads columns by
-// name and never by position.
-template <typename Row, std::size_t Count>
-void WriteTable(DataWriter& json, const char* name, const std::vector<Row>& rows,
-                const std::pair<const char*, double (*)(const Row&)> (&columns)[Count]) {
-  json.Key(name).Open('{').Key("count").Int(rows.size()).Key("columns").Open('{');
+// name and never by position. `visit(add)` calls add(row) for each of the
+// `count` rows in order, so that rows need not be gathered in one list.
+template <typename Row, std::size_t Count, typename Visit>
+void WriteVisitedTable(DataWriter& json, const char* name, std::size_t count,
+                       const std::pair<const char*, double (*)(const Row&)> (&columns)[Count],
+                       const Visit& visit) {
+  json.Key(name).Open('{').Key("count").Int(count).Key("columns").Open('{');
   for (const auto& column : columns) {
     Column values;
-    values.Reserve(rows.size());
-    for (const auto& row : rows) {
-      values.Add(column.second(row));
-    }
+    values.Reserve(count);
+    visit([&values, &column](const Row& row) { values.Add(column.second(row)); });
     values.Write(json, column.first);
   }
   json.Close('}').Close('}');
+}
+
+template <typename Row, std::size_t Count>
+void WriteTable(DataWriter& json, const char* name, const std::vector<Row>& rows,
+                const std::pair<const char*, double (*)(const Row&)> (&columns)[Count]) {
+  WriteVisitedTable(json, name, rows.size(), columns, [&rows](const auto& add) {
+    for (const auto& row : rows) {
+      add(row);
+    }
+  });
 }
 
 }  // namespace TimelineConvert
