@@ -78,33 +78,44 @@ const char* ProblemWords(std::uint8_t flag) {
 std::string EscapeXml(const std::string& text) {
   std::string escaped;
   escaped.reserve(text.size());
-  for (const char c : text) {
-    switch (c) {
+  AppendEscapedXml(escaped, text);
+  return escaped;
+}
+
+// Characters that need no escape are copied a run at a time.
+void AppendEscapedXml(std::string& out, const std::string& text) {
+  const char* run = text.data();
+  const char* const end = run + text.size();
+  for (const char* at = run; at != end; ++at) {
+    const char* escaped = nullptr;
+    switch (*at) {
       case '&':
-        escaped += "&amp;";
+        escaped = "&amp;";
         break;
       case '<':
-        escaped += "&lt;";
+        escaped = "&lt;";
         break;
       case '>':
-        escaped += "&gt;";
+        escaped = "&gt;";
         break;
       case '"':
-        escaped += "&quot;";
+        escaped = "&quot;";
         break;
       case '\'':
-        escaped += "&apos;";
+        escaped = "&apos;";
         break;
       default:
         // XML cannot carry most control characters, not even as references.
-        if (static_cast<unsigned char>(c) < 0x20 && c != '\n' && c != '\t') {
-          escaped += "\xEF\xBF\xBD";
-        } else {
-          escaped += c;
+        if (static_cast<unsigned char>(*at) < 0x20 && *at != '\n' && *at != '\t') {
+          escaped = "\xEF\xBF\xBD";
         }
     }
+    if (escaped != nullptr) {
+      out.append(run, at).append(escaped);
+      run = at + 1;
+    }
   }
-  return escaped;
+  out.append(run, end);
 }
 
 }  // namespace TimelineConvert

@@ -36,6 +36,19 @@ const char* ProblemWords(std::uint8_t flag);
 
 // Text made safe for XML character data and attribute values.
 std::string EscapeXml(const std::string& text);
+void AppendEscapedXml(std::string& out, const std::string& text);
+
+// What a TextBuffer appends without a string of its own: text made safe for
+// XML, and a number with one decimal as "%.1f" writes it.
+struct EscapedXml {
+  const std::string& text;
+};
+inline EscapedXml Escaped(const std::string& text) {
+  return {text};
+}
+struct OneDecimal {
+  double value;
+};
 
 // Text built by appending, with a stream's `<<` for text and whole numbers:
 // a picture is formatted straight into one buffer.
@@ -51,6 +64,17 @@ class TextBuffer {
   }
   TextBuffer& operator<<(char character) {
     text_ += character;
+    return *this;
+  }
+  TextBuffer& operator<<(const EscapedXml& escaped) {
+    AppendEscapedXml(text_, escaped.text);
+    return *this;
+  }
+  TextBuffer& operator<<(OneDecimal number) {
+    char digits[400];  // the widest double has 309 digits before the point
+    text_.append(digits, std::to_chars(digits, digits + sizeof digits, number.value,
+                                       std::chars_format::fixed, 1)
+                             .ptr);
     return *this;
   }
   // A stream prints these as characters, not numbers: say which is meant.

@@ -88,10 +88,8 @@ const char* const kDefs =
     "<line x1=\"0\" y1=\"0\" x2=\"0\" y2=\"8\" stroke=\"#d0021b\" stroke-width=\"4\"/></pattern>"
     "</defs>";
 
-std::string Number(double value) {
-  char buffer[48];
-  std::snprintf(buffer, sizeof buffer, "%.1f", value);
-  return buffer;
+OneDecimal Number(double value) {
+  return {value};
 }
 
 std::string Frames(std::int64_t value) {
@@ -173,7 +171,7 @@ class SvgWriter {
     out_ << "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"" << Number(width_) << "\" height=\""
          << Number(height_) << "\" viewBox=\"0 0 " << Number(width_) << ' ' << Number(height_)
          << "\" font-family=\"monospace\" font-size=\"11\">\n"
-         << "<title>" << EscapeXml(labels_.title) << "</title>\n<style>" << kStyle << "</style>\n"
+         << "<title>" << Escaped(labels_.title) << "</title>\n<style>" << kStyle << "</style>\n"
          << kDefs << "\n<rect class=\"background\" width=\"" << Number(width_) << "\" height=\""
          << Number(height_) << "\"/>\n";
     Header();
@@ -261,7 +259,7 @@ class SvgWriter {
 
   void Text(const char* cssClass, double x, double y, const std::string& text) {
     out_ << "<text class=\"" << cssClass << "\" x=\"" << Number(x) << "\" y=\"" << Number(y)
-         << "\">" << EscapeXml(text) << "</text>\n";
+         << "\">" << Escaped(text) << "</text>\n";
   }
 
   void Rect(const std::string& cssClass, double x, double y, double width, double height,
@@ -339,6 +337,16 @@ class SvgWriter {
     return text;
   }
 
+  // A speed runs on over many elements: its text is made once per run.
+  const std::string& Speed(const SourceElement& source) const {
+    if (speedText_.empty() || source.speedNumerator != speedOfText_.first ||
+        source.speedDenominator != speedOfText_.second) {
+      speedOfText_ = {source.speedNumerator, source.speedDenominator};
+      speedText_ = SpeedText(source.speedNumerator, source.speedDenominator);
+    }
+    return speedText_;
+  }
+
   std::string SourceText(const ViewItem& item) const {
     if (!item.element || *item.element >= labels_.elements.size()) {
       return "";
@@ -348,8 +356,7 @@ class SvgWriter {
                        std::to_string(source.element->number) + ", clip " +
                        source.element->umId.GetUmId() + ")";
     if (!item.transition) {
-      text += "\nspeed " + SpeedText(source.speedNumerator, source.speedDenominator) +
-              (source.ownSpeed ? "" : " (inherited)");
+      text += "\nspeed " + Speed(source) + (source.ownSpeed ? "" : " (inherited)");
     }
     return text;
   }
@@ -393,7 +400,7 @@ class SvgWriter {
     std::string speed;
     if ((mark.flags & kSpeedChanged) != 0 && item.element) {
       const auto& source = labels_.elements[*item.element];
-      speed = " " + SpeedText(source.speedNumerator, source.speedDenominator);
+      speed = " " + Speed(source);
     }
     std::string flag;
     if ((mark.flags & kNegative) != 0) {
@@ -431,7 +438,7 @@ class SvgWriter {
   // A mark of no width on the picture that must not vanish: a line through
   // the row and a triangle above it.
   void Marker(const Mark& mark, double x, double rowTop, const std::string& label) {
-    out_ << "<g class=\"flag\"><title>" << EscapeXml(Tooltip(mark))
+    out_ << "<g class=\"flag\"><title>" << Escaped(Tooltip(mark))
          << "</title><line class=\"marker-line\" x1=\"" << Number(x) << "\" y1=\"" << Number(rowTop)
          << "\" x2=\"" << Number(x) << "\" y2=\"" << Number(rowTop + kRowHeight)
          << "\"/><path class=\"marker\" d=\"M" << Number(x) << ' ' << Number(rowTop + 7)
@@ -477,7 +484,7 @@ class SvgWriter {
       }
     }
     const bool media = mark.kind == MarkKind::Picture || mark.kind == MarkKind::Sound;
-    out_ << "<g><title>" << EscapeXml(Tooltip(mark)) << "</title>";
+    out_ << "<g><title>" << Escaped(Tooltip(mark)) << "</title>";
     Rect(BoxClass(mark, sound), x, rowTop, width, kRowHeight,
          media && sound ? kSoundCornerRadius : 0);
     const std::string label = FittingLabel(LabelChoices(mark), x + width - labelX);
@@ -505,8 +512,8 @@ class SvgWriter {
            << "\" width=\"" << Number(kBandWidth) << "\" height=\"" << Number(fx ? 6 : kRowHeight)
            << "\" fill-opacity=\"" << Number(opacity) << "\"><title>" << band.count
            << (fx ? " transitions" : " items") << " merged, "
-           << EscapeXml(ItemNumber(*band.first, labels_)) << "\xE2\x80\xA6"
-           << EscapeXml(ItemNumber(*band.last, labels_));
+           << Escaped(ItemNumber(*band.first, labels_)) << "\xE2\x80\xA6"
+           << Escaped(ItemNumber(*band.last, labels_));
       if (band.problems > 0) {
         out_ << ", " << band.problems << " flagged";
       }
@@ -555,7 +562,7 @@ class SvgWriter {
     const double pictureRow = top + kRowGap;
     const double soundRow = pictureRow + kRowHeight + kRowGap;
     const std::string name = "track " + std::to_string(track + 1);
-    out_ << "<g class=\"track\">\n<title>" << EscapeXml(name + " " + view_.trackIds[track])
+    out_ << "<g class=\"track\">\n<title>" << Escaped(name + " " + view_.trackIds[track])
          << "</title>";
     Rect(track % 2 == 0 ? "lane" : "lane alt", 4, top, width_ - 8, kLaneHeight - 4);
     out_ << '\n';
@@ -633,6 +640,8 @@ class SvgWriter {
   const PictureLabels& labels_;
   const TimelineView& view_;
   long long framesPerSecond_;
+  mutable std::pair<std::int32_t, std::int32_t> speedOfText_;
+  mutable std::string speedText_;
   std::vector<std::string> headerLines_;
   std::size_t refusalLines_ = 0;
   double scale_ = 1;
