@@ -9,6 +9,7 @@
 "use strict";
 const assert = require("node:assert/strict");
 const path = require("node:path");
+const { spawnSync } = require("node:child_process");
 const { test, before, after } = require("node:test");
 const support = require("./support.js");
 
@@ -175,23 +176,44 @@ test("the playhead follows a click on the ruler; the pointer's timecode is read 
   await page.close();
 });
 
-test("timecode drops frame numbers at 30000/1001 and 60000/1001 only", async () => {
-  const rows = [
-    { rate: [30000, 1001], fps: 30, frames: [[1799, "00:00:59;29"], [1800, "00:01:00;02"], [17982, "00:10:00;00"], [107892, "01:00:00;00"]] },
-    { rate: [60000, 1001], fps: 60, frames: [[3600, "00:01:00;04"], [35964, "00:10:00;00"]] },
-    { rate: [25, 1], fps: 25, frames: [[1500, "00:01:00:00"], [-30, "-00:00:01:05"]] },
-  ];
-  for (const row of rows) {
-    const file = support.withFindings(pages.highlight.page, "rate-" + row.rate[0], [], (data) => {
-      data.rate = row.rate;
-      data.words.framesPerSecond = row.fps;
+// The tool defines the timecode rule and sends its numbers in the page data:
+// the SVG (its "duration N frames (timecode)" line, in playlist duration mode)
+// and the viewer must label every frame alike, drop frame or not.
+test("timecode: the SVG and the viewer label a table of frames and rates alike", async () => {
+  const fs = require("node:fs");
+  const os = require("node:os");
+  const rates = [[30000, 1001], [60000, 1001], [24000, 1001], [25, 1], [30, 1], [50, 1]];
+  const frames = [0, 1, 1799, 1800, 1801, 3600, 17982, 17983, 35964, 107892, 2589407, -30, -1800];
+  const example = JSON.parse(fs.readFileSync(path.join(support.root, "examples/highlight.json"), "utf8"));
+  const folder = fs.mkdtempSync(path.join(os.tmpdir(), "timecode-"));
+  const documentAt = (rate, frame) => {
+    example.playlist.rate = { numerator: rate[0], denominator: rate[1] };
+    example.playlist.durationInFields = 2 * frame;
+    const file = path.join(folder, rate.join("-") + "_" + frame + ".json");
+    fs.writeFileSync(file, JSON.stringify(example));
+    return file;
+  };
+  for (const rate of rates) {
+    const expected = frames.map((frame) => {
+      const svg = spawnSync(support.tool, ["render", "--duration-mode", "playlist", documentAt(rate, frame)],
+        { encoding: "utf8" }).stdout;
+      const line = /duration (-?\d+) frames \(([^)]*)\)/.exec(svg);
+      assert.ok(line, `${rate} ${frame}: no duration line`);
+      assert.equal(Number(line[1]), frame);
+      return line[2];
     });
-    const { page } = await support.open(browser, file);
-    for (const [frame, text] of row.frames) {
-      assert.equal(await page.evaluate((f) => window.timelineViewer.timecode(f), frame), text, `${row.rate} ${frame}`);
-    }
+    const { page, problems } = await support.open(browser, support.render(documentAt(rate, 0), "rate-" + rate.join("-")).page);
+    const shown = await page.evaluate((all) => all.map((f) => window.timelineViewer.timecode(f)), frames);
+    assert.deepEqual(shown, expected, `${rate}`);
+    assert.deepEqual(problems, []);
     await page.close();
   }
+  // The drop-frame labels themselves: a minute's first two skipped, each tenth kept.
+  const at30 = frames.map((frame) => spawnSync(support.tool, ["render", "--duration-mode", "playlist",
+    documentAt([30000, 1001], frame)], { encoding: "utf8" }).stdout);
+  assert.match(at30[3], /\(00:01:00;02\)/);
+  assert.match(at30[6], /\(00:10:00;00\)/);
+  assert.match(at30[9], /\(01:00:00;00\)/);
 });
 
 test("keys: next and previous edit, first and last, next finding, help", async () => {

@@ -7,12 +7,15 @@
 
 namespace TimelineConvert {
 
-namespace {
-
-// Labels skipped at the start of a minute: 2 at 30 frames, 4 at 60.
 std::int64_t DroppedPerMinute(const TimecodeBase& base) {
   return base.dropFrame ? base.framesPerSecond / 15 : 0;
 }
+
+bool IsDropFrameRate(const Kov::TimePoints::Rate& rate) {
+  return rate.denominator == 1001 && (rate.numerator == 30000 || rate.numerator == 60000);
+}
+
+namespace {
 
 std::int64_t FramesPerTenMinutes(const TimecodeBase& base) {
   return base.framesPerSecond * 600 - 9 * DroppedPerMinute(base);
@@ -32,7 +35,7 @@ std::optional<TimecodeBase> TimecodeBaseOf(const Kov::TimePoints::Rate& rate) {
     return std::nullopt;
   }
   TimecodeBase base;
-  base.dropFrame = rate.denominator == 1001 && (rate.numerator == 30000 || rate.numerator == 60000);
+  base.dropFrame = IsDropFrameRate(rate);
   base.framesPerSecond = nearest < 1 ? 1 : nearest;
   return base;
 }
@@ -46,29 +49,29 @@ std::optional<std::string> SmpteTimecode(std::int64_t frame, const TimecodeBase&
   if (base.framesPerSecond <= 0 || frame < 0 || frame >= FramesIn24Hours(base)) {
     return std::nullopt;
   }
-  std::int64_t label = frame;
-  const std::int64_t dropped = DroppedPerMinute(base);
+  return TimecodeText(frame, base, colonsOnly);
+}
+
+std::string TimecodeText(std::int64_t frame, const TimecodeBase& base, bool colonsOnly) {
+  // Unsigned, so that the most negative frame has a magnitude too.
+  unsigned long long label = frame < 0 ? 0ULL - static_cast<unsigned long long>(frame)
+                                       : static_cast<unsigned long long>(frame);
+  const auto fps = static_cast<unsigned long long>(base.framesPerSecond);
+  const auto dropped = static_cast<unsigned long long>(DroppedPerMinute(base));
   if (dropped > 0) {
-    const std::int64_t perMinute = base.framesPerSecond * 60 - dropped;
-    const std::int64_t tens = frame / FramesPerTenMinutes(base);
-    const std::int64_t rest = frame % FramesPerTenMinutes(base);
-    label += 9 * dropped * tens;
-    if (rest >= dropped) {
-      label += dropped * ((rest - dropped) / perMinute);
-    }
+    const unsigned long long perMinute = fps * 60 - dropped;
+    const unsigned long long perTenMinutes = perMinute * 10 + dropped;
+    const unsigned long long rest = label % perTenMinutes;
+    label += 9 * dropped * (label / perTenMinutes) +
+             (rest > dropped ? dropped * ((rest - dropped) / perMinute) : 0);
   }
-  const std::int64_t fps = base.framesPerSecond;
-  const std::int64_t frames = label % fps;
-  const std::int64_t seconds = label / fps % 60;
-  const std::int64_t minutes = label / (fps * 60) % 60;
-  const std::int64_t hours = label / (fps * 3600);
+  const unsigned long long seconds = label / fps;
   const char separator = base.dropFrame && !colonsOnly ? ';' : ':';
   // Rates above 99 frames a second take three digits for the frames.
-  char text[48];
-  std::snprintf(text, sizeof text, "%02lld:%02lld:%02lld%c%02lld", static_cast<long long>(hours),
-                static_cast<long long>(minutes), static_cast<long long>(seconds), separator,
-                static_cast<long long>(frames));
-  return std::string(text);
+  char text[64];
+  std::snprintf(text, sizeof text, "%s%02llu:%02llu:%02llu%c%02llu", frame < 0 ? "-" : "",
+                seconds / 3600, seconds / 60 % 60, seconds % 60, separator, label % fps);
+  return text;
 }
 
 }  // namespace TimelineConvert

@@ -14,6 +14,7 @@
 #include <utility>
 #include <vector>
 
+#include "export/Timecode.h"
 #include "picture/PageColumns.h"
 #include "picture/PictureText.h"
 
@@ -29,7 +30,8 @@ namespace Conversion = Kov::Replivo::Tollan::TimelineEngineConversion;
 
 // The words and numbers the viewer shows as the SVG does, made here once: the
 // flag bits by name, what each problem flag means, the frames per second of
-// the timecode and the text of every speed the elements play at.
+// the timecode and the labels it skips a minute, the ruler's steps, the aux
+// item's label and the text of every speed the elements play at.
 void Words(DataWriter& json, const PictureLabels& labels, const Kov::TimePoints::Rate& rate) {
   json.Key("words").Open('{').Key("flags").Open('{');
   for (const auto& named : kNamedFlags) {
@@ -41,11 +43,28 @@ void Words(DataWriter& json, const PictureLabels& labels, const Kov::TimePoints:
       json.Key(named.name).Text(ProblemWords(named.flag));
     }
   }
-  json.Close('}').Key("framesPerSecond").Int(NominalFrameRate(rate));
+  // The timecode rule's numbers, so that the viewer counts as the SVG does.
+  TimecodeBase timecode;
+  timecode.framesPerSecond = NominalFrameRate(rate);
+  timecode.dropFrame = IsDropFrameRate(rate);
+  json.Close('}').Key("framesPerSecond").Int(timecode.framesPerSecond);
+  json.Key("droppedPerMinute").Int(DroppedPerMinute(timecode));
+  json.Key("tickSteps").Open('[');
+  for (const long long step : TickSteps(timecode.framesPerSecond)) {
+    json.Int(step);
+  }
+  json.Close(']').Key("auxItem").Text(AuxItemText(labels.auxReason));
   json.Key("speeds").Open('{');
+  // A speed runs on over many elements: each run is looked up once.
   std::set<std::pair<std::int32_t, std::int32_t>> speeds;
+  std::pair<std::int32_t, std::int32_t> last{0, 0};
   for (const auto& element : labels.elements) {
-    speeds.emplace(element.speedNumerator, element.speedDenominator);
+    const std::pair<std::int32_t, std::int32_t> speed{element.speedNumerator,
+                                                      element.speedDenominator};
+    if (speeds.empty() || speed != last) {
+      speeds.insert(speed);
+      last = speed;
+    }
   }
   for (const auto& speed : speeds) {
     const std::string key = std::to_string(speed.first) + "/" + std::to_string(speed.second);
@@ -56,23 +75,25 @@ void Words(DataWriter& json, const PictureLabels& labels, const Kov::TimePoints:
 
 using ElementColumn = std::pair<const char*, double (*)(const SourceElement&)>;
 const ElementColumn kElementColumns[] = {
-    {"number", [](const SourceElement& e) { return double(e.number); }},
-    {"itemNumber", [](const SourceElement& e) { return double(e.itemNumber); }},
-    {"inBoundaryKind", [](const SourceElement& e) { return double(e.inBoundaryKind); }},
-    {"outBoundaryKind", [](const SourceElement& e) { return double(e.outBoundaryKind); }},
-    {"videoIn", [](const SourceElement& e) { return double(e.videoIn); }},
-    {"videoOut", [](const SourceElement& e) { return double(e.videoOut); }},
-    {"audioIn", [](const SourceElement& e) { return double(e.audioIn); }},
-    {"audioOut", [](const SourceElement& e) { return double(e.audioOut); }},
+    {"number", [](const SourceElement& e) { return double(e.element->number); }},
+    {"itemNumber", [](const SourceElement& e) { return double(e.element->itemNumber); }},
+    {"inBoundaryKind", [](const SourceElement& e) { return double(e.element->inBoundaryKind); }},
+    {"outBoundaryKind", [](const SourceElement& e) { return double(e.element->outBoundaryKind); }},
+    {"videoIn", [](const SourceElement& e) { return double(e.element->videoInValue); }},
+    {"videoOut", [](const SourceElement& e) { return double(e.element->videoOutValue); }},
+    {"audioIn", [](const SourceElement& e) { return double(e.element->audioInValue); }},
+    {"audioOut", [](const SourceElement& e) { return double(e.element->audioOutValue); }},
     {"speedNumerator", [](const SourceElement& e) { return double(e.speedNumerator); }},
     {"speedDenominator", [](const SourceElement& e) { return double(e.speedDenominator); }},
     {"ownSpeed", [](const SourceElement& e) { return e.ownSpeed ? 1.0 : 0.0; }},
-    {"videoTransitionType", [](const SourceElement& e) { return double(e.videoTransitionType); }},
+    {"videoTransitionType",
+     [](const SourceElement& e) { return double(e.element->transitionType); }},
     {"videoTransitionDuration",
-     [](const SourceElement& e) { return double(e.videoTransitionDuration); }},
-    {"audioTransitionType", [](const SourceElement& e) { return double(e.audioTransitionType); }},
+     [](const SourceElement& e) { return double(e.element->videoTransitionDuration); }},
+    {"audioTransitionType",
+     [](const SourceElement& e) { return double(e.element->audioTransitionType); }},
     {"audioTransitionDuration",
-     [](const SourceElement& e) { return double(e.audioTransitionDuration); }},
+     [](const SourceElement& e) { return double(e.element->audioTransitionDuration); }},
 };
 
 // Kind: 0 media, 1 transition, 2 the refused element.
@@ -87,15 +108,15 @@ const ItemColumn kItemColumns[] = {
      [](const ViewItem& i) { return i.element ? static_cast<double>(*i.element) : -1.0; }},
     {"track", [](const ViewItem& i) { return double(i.track); }},
     {"flags", [](const ViewItem& i) { return double(i.flags); }},
-    {"mediaVideoIn", [](const ViewItem& i) { return double(i.mediaVideoIn); }},
-    {"mediaVideoLength", [](const ViewItem& i) { return double(i.mediaVideoDuration); }},
-    {"mediaAudioIn", [](const ViewItem& i) { return double(i.mediaAudioIn); }},
-    {"mediaAudioLength", [](const ViewItem& i) { return double(i.mediaAudioDuration); }},
+    {"mediaVideoIn", [](const ViewItem& i) { return double(i.Media().mediaVideoIn); }},
+    {"mediaVideoLength", [](const ViewItem& i) { return double(i.Media().mediaVideoDuration); }},
+    {"mediaAudioIn", [](const ViewItem& i) { return double(i.Media().mediaAudioIn); }},
+    {"mediaAudioLength", [](const ViewItem& i) { return double(i.Media().mediaAudioDuration); }},
     {"asset", [](const ViewItem& i) { return double(i.asset); }},
     {"audio", [](const ViewItem& i) { return i.audio ? 1.0 : 0.0; }},
-    {"effectKind", [](const ViewItem& i) { return double(i.effectKind); }},
-    {"offset", [](const ViewItem& i) { return double(i.offset); }},
-    {"duration", [](const ViewItem& i) { return double(i.duration); }},
+    {"effectKind", [](const ViewItem& i) { return double(i.Effect().kind); }},
+    {"offset", [](const ViewItem& i) { return double(i.Effect().offset); }},
+    {"duration", [](const ViewItem& i) { return double(i.Effect().duration); }},
 };
 
 // A mark with the row it is drawn in.
@@ -119,7 +140,7 @@ const MarkColumn kMarkColumns[] = {
 // script decodes them only when a search or an address needs one.
 void WriteIds(DataWriter& json, const std::vector<ViewItem>& items) {
   const bool joinable = std::none_of(items.begin(), items.end(), [](const ViewItem& item) {
-    return item.id->find('\n') != std::string::npos;
+    return item.Id().find('\n') != std::string::npos;
   });
   Column shared;
   json.Key("ids").Open('{');
@@ -131,17 +152,19 @@ void WriteIds(DataWriter& json, const std::vector<ViewItem>& items) {
     shared.Write(json, "shared");
     json.Key("rest").Open('[');
     for (const auto& item : items) {
-      json.Text(*item.id);
+      json.Text(item.Id());
     }
     json.Close(']').Close('}');
     return;
   }
   std::string rests;
   Column suffixes;
+  shared.Reserve(items.size());
+  suffixes.Reserve(items.size());
   const std::string* previousIds[2] = {nullptr, nullptr};
   for (const auto& item : items) {
     const std::string*& previousId = previousIds[item.transition ? 1 : 0];
-    const std::string& id = *item.id;
+    const std::string& id = item.Id();
     std::size_t common = 0;
     std::size_t tail = 0;
     if (previousId != nullptr) {
@@ -212,11 +235,12 @@ void WriteViewData(const Picture& picture, std::string& out) {
   // Clip names once each; the elements' "clip" column refers to them.
   std::unordered_map<std::string, std::size_t> clipIndex;
   Column elementClips;
+  elementClips.Reserve(labels.elements.size());
   json.Key("clips").Open('[');
   for (const auto& e : labels.elements) {
-    const auto added = clipIndex.emplace(e.clip, clipIndex.size());
+    const auto added = clipIndex.emplace(e.element->umId.GetUmId(), clipIndex.size());
     if (added.second) {
-      json.Text(e.clip);
+      json.Text(added.first->first);
     }
     elementClips.Add(static_cast<double>(added.first->second));
   }
@@ -227,13 +251,17 @@ void WriteViewData(const Picture& picture, std::string& out) {
   elementClips.Write(json, "clip");
   json.Close('}');
   WriteTable(json, "items", view.items, kItemColumns);
-  std::vector<RowMark> marks;
-  for (std::size_t row = 0; row < view.rows.size(); ++row) {
-    for (const auto& mark : view.rows[row].marks) {
-      marks.push_back({&mark, row});
-    }
+  std::size_t markCount = 0;
+  for (const auto& row : view.rows) {
+    markCount += row.marks.size();
   }
-  WriteTable(json, "marks", marks, kMarkColumns);
+  WriteVisitedTable(json, "marks", markCount, kMarkColumns, [&view](const auto& add) {
+    for (std::size_t row = 0; row < view.rows.size(); ++row) {
+      for (const auto& mark : view.rows[row].marks) {
+        add(RowMark{&mark, row});
+      }
+    }
+  });
   json.Close('}');
   WriteIds(json, view.items);
   // Media ids of the items whose asset the document does not list.
@@ -241,7 +269,7 @@ void WriteViewData(const Picture& picture, std::string& out) {
   for (std::size_t index = 0; index < view.items.size(); ++index) {
     const auto& item = view.items[index];
     if (!item.transition && item.asset < 0 && (item.flags & kRefused) == 0) {
-      json.Key(std::to_string(index).c_str()).Text(*item.mediaId);
+      json.Key(std::to_string(index).c_str()).Text(item.Media().mediaId.Text());
     }
   }
   json.Close('}');
@@ -293,7 +321,7 @@ void WriteViewData(const Picture& picture, std::string& out) {
 // page, and a string that grows by doubling would hold up to three times
 // the page while it copies. Room that is never written costs no memory.
 std::size_t PageSizeEstimate(const Picture& picture) {
-  std::size_t size = 48 * picture.view.items.size() + 4096 + std::strlen(ViewerStyle()) +
+  std::size_t size = 80 * picture.view.items.size() + 4096 + std::strlen(ViewerStyle()) +
                      std::strlen(ViewerScript());
   std::size_t findingsOfKind[kFindingKindCount] = {};
   for (const auto& finding : picture.labels.findings) {

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <algorithm>
+#include <charconv>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
@@ -17,21 +18,30 @@ namespace TimelineConvert {
 
 // A JSON string. "<" is escaped as well, so no text can close the script
 // element that holds the data.
+// Characters that need no escape are copied a run at a time.
 inline void AppendScriptJsonString(std::string& out, const std::string& text) {
   out += '"';
-  for (const char c : text) {
+  const char* run = text.data();
+  const char* const end = run + text.size();
+  for (const char* at = run; at != end; ++at) {
+    const char c = *at;
     const auto byte = static_cast<unsigned char>(c);
-    if (c == '"' || c == '\\') {
-      out += '\\';
-      out += c;
-    } else if (byte < 0x20 || c == '<' || c == '>' || c == '&') {
-      char buffer[8];
-      std::snprintf(buffer, sizeof buffer, "\\u%04x", byte);
-      out += buffer;
+    const bool quoted = c == '"' || c == '\\';
+    if (!quoted && byte >= 0x20 && c != '<' && c != '>' && c != '&') {
+      continue;
+    }
+    out.append(run, at);
+    run = at + 1;
+    if (quoted) {
+      const char escaped[2] = {'\\', c};
+      out.append(escaped, 2);
     } else {
-      out += c;
+      static constexpr char kHex[] = "0123456789abcdef";
+      const char escaped[6] = {'\\', 'u', '0', '0', kHex[byte >> 4], kHex[byte & 15]};
+      out.append(escaped, 6);
     }
   }
+  out.append(run, end);
   out += '"';
 }
 
@@ -47,7 +57,8 @@ class DataWriter {
   template <typename Integer>
   DataWriter& Int(Integer value) {
     Separate();
-    out_ += std::to_string(value);
+    char digits[24];
+    out_.append(digits, std::to_chars(digits, digits + sizeof digits, value).ptr);
     return *this;
   }
   DataWriter& Real(double value) {
@@ -62,14 +73,20 @@ class DataWriter {
     static constexpr char kDigits[] =
         "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
     out_ += '"';
+    // The whole groups of three bytes are written in place.
+    const std::size_t whole = bytes.size() / 3;
+    const std::size_t from = out_.size();
+    out_.resize(from + 4 * whole);
+    char* digits = &out_[from];
     std::size_t at = 0;
     for (; at + 2 < bytes.size(); at += 3) {
       const unsigned group = (static_cast<unsigned char>(bytes[at]) << 16) |
                              (static_cast<unsigned char>(bytes[at + 1]) << 8) |
                              static_cast<unsigned char>(bytes[at + 2]);
-      const char digits[4] = {kDigits[group >> 18], kDigits[(group >> 12) & 63],
-                              kDigits[(group >> 6) & 63], kDigits[group & 63]};
-      out_.append(digits, 4);
+      *digits++ = kDigits[group >> 18];
+      *digits++ = kDigits[(group >> 12) & 63];
+      *digits++ = kDigits[(group >> 6) & 63];
+      *digits++ = kDigits[group & 63];
     }
     if (at < bytes.size()) {
       unsigned group = static_cast<unsigned char>(bytes[at]) << 16;
@@ -129,47 +146,63 @@ class DataWriter {
 // parse per value, no small arrays to collect.
 class Column {
  public:
+  void Reserve(std::size_t count) { values_.reserve(count); }
   void Add(double value) { values_.push_back(value); }
 
   void Write(DataWriter& json, const char* name) const {
     json.Key(name).Open('[');
-    const bool integral = std::all_of(values_.begin(), values_.end(), [](double value) {
-      return std::isfinite(value) && value == std::floor(value) && std::fabs(value) <= kExact;
-    });
-    if (integral && !values_.empty() &&
-        std::all_of(values_.begin(), values_.end(),
-                    [this](double value) { return value == values_.front(); })) {
+    // One pass finds whether the values are whole, all equal, and their range.
+    bool integral = true;
+    bool equal = true;
+    double lowest = values_.empty() ? 0 : values_.front();
+    double highest = lowest;
+    for (const double value : values_) {
+      integral = integral && std::isfinite(value) && value == std::floor(value) &&
+                 std::fabs(value) <= kExact;
+      equal = equal && value == values_.front();
+      lowest = std::min(lowest, value);
+      highest = std::max(highest, value);
+    }
+    if (integral && !values_.empty() && equal) {
       json.Text("c").Int(static_cast<std::int64_t>(values_.front())).Close(']');
       return;
     }
-    const int type = integral ? NarrowestType(values_) : kFloat;
-    std::string bytes;
-    bytes.reserve(values_.size() * kTypes[type].size);
+    const int type = integral ? NarrowestType(lowest, highest) : kFloat;
+    std::string bytes(values_.size() * kTypes[type].size, '\0');
+    char* at = &bytes[0];
     for (const double value : values_) {
-      AppendLittleEndian(bytes, value, type);
+      at = PutLittleEndian(at, value, type);
     }
     if (integral) {
+      // Either coding is written only while it stays shorter than the typed
+      // array: past that it is not chosen, so its room is bounded.
+      const std::size_t room = bytes.size() + 2 * kLongestVarint;
       // Differences between neighbours as zigzag varints: a growing column
       // (starts, indexes) takes a byte or two per value whatever its range.
-      std::string varints;
+      std::string varints(room, '\0');
+      at = &varints[0];
       std::int64_t previous = 0;
-      for (const double value : values_) {
-        const auto whole = static_cast<std::int64_t>(value);
-        AppendVarint(varints, whole - previous);
+      for (std::size_t index = 0; index < values_.size() && Written(varints, at) < bytes.size();
+           ++index) {
+        const auto whole = static_cast<std::int64_t>(values_[index]);
+        at = PutVarint(at, whole - previous);
         previous = whole;
       }
+      varints.resize(Written(varints, at));
       // Runs of one value, as the value and the run's length: a column that
       // rarely changes (kinds, flags, a field only transitions have).
-      std::string runs;
-      for (std::size_t index = 0; index < values_.size() && runs.size() < bytes.size();) {
+      std::string runs(room, '\0');
+      at = &runs[0];
+      for (std::size_t index = 0; index < values_.size() && Written(runs, at) < bytes.size();) {
         std::size_t end = index + 1;
         while (end < values_.size() && values_[end] == values_[index]) {
           ++end;
         }
-        AppendVarint(runs, static_cast<std::int64_t>(values_[index]));
-        AppendVarint(runs, static_cast<std::int64_t>(end - index));
+        at = PutVarint(at, static_cast<std::int64_t>(values_[index]));
+        at = PutVarint(at, static_cast<std::int64_t>(end - index));
         index = end;
       }
+      runs.resize(Written(runs, at));
       if (runs.size() < std::min(bytes.size(), varints.size())) {
         json.Text("r").Int(1).Base64(runs).Close(']');
         return;
@@ -183,14 +216,21 @@ class Column {
   }
 
  private:
-  static void AppendVarint(std::string& bytes, std::int64_t value) {
+  static constexpr std::size_t kLongestVarint = 10;
+
+  static std::size_t Written(const std::string& buffer, const char* at) {
+    return static_cast<std::size_t>(at - buffer.data());
+  }
+
+  static char* PutVarint(char* at, std::int64_t value) {
     auto zigzag =
         (static_cast<std::uint64_t>(value) << 1) ^ static_cast<std::uint64_t>(value >> 63);
     while (zigzag >= 0x80) {
-      bytes += static_cast<char>((zigzag & 0x7F) | 0x80);
+      *at++ = static_cast<char>((zigzag & 0x7F) | 0x80);
       zigzag >>= 7;
     }
-    bytes += static_cast<char>(zigzag);
+    *at++ = static_cast<char>(zigzag);
+    return at;
   }
 
   struct Type {
@@ -209,10 +249,7 @@ class Column {
                                     {"f64", 8, -HUGE_VAL, HUGE_VAL}};
   static constexpr int kFloat = 6;
 
-  static int NarrowestType(const std::vector<double>& values) {
-    const auto range = std::minmax_element(values.begin(), values.end());
-    const double lowest = values.empty() ? 0 : *range.first;
-    const double highest = values.empty() ? 0 : *range.second;
+  static int NarrowestType(double lowest, double highest) {
     for (int type = 0; type < kFloat; ++type) {
       if (lowest >= kTypes[type].lowest && highest <= kTypes[type].highest) {
         return type;
@@ -221,7 +258,7 @@ class Column {
     return kFloat;
   }
 
-  static void AppendLittleEndian(std::string& bytes, double value, int type) {
+  static char* PutLittleEndian(char* at, double value, int type) {
     std::uint64_t pattern = 0;
     if (type == kFloat) {
       static_assert(sizeof pattern == sizeof value, "a double has 64 bits");
@@ -230,8 +267,9 @@ class Column {
       pattern = static_cast<std::uint64_t>(static_cast<std::int64_t>(value));
     }
     for (std::size_t byte = 0; byte < kTypes[type].size; ++byte) {
-      bytes += static_cast<char>((pattern >> (8 * byte)) & 0xFF);
+      *at++ = static_cast<char>((pattern >> (8 * byte)) & 0xFF);
     }
+    return at;
   }
 
   std::vector<double> values_;
@@ -239,19 +277,30 @@ class Column {
 
 // A table of named columns, written as {"count": N, "columns": {name: column}}.
 // The names are the whole contract with the script, which reads columns by
-// name and never by position.
-template <typename Row, std::size_t Count>
-void WriteTable(DataWriter& json, const char* name, const std::vector<Row>& rows,
-                const std::pair<const char*, double (*)(const Row&)> (&columns)[Count]) {
-  json.Key(name).Open('{').Key("count").Int(rows.size()).Key("columns").Open('{');
+// name and never by position. `visit(add)` calls add(row) for each of the
+// `count` rows in order, so that rows need not be gathered in one list.
+template <typename Row, std::size_t Count, typename Visit>
+void WriteVisitedTable(DataWriter& json, const char* name, std::size_t count,
+                       const std::pair<const char*, double (*)(const Row&)> (&columns)[Count],
+                       const Visit& visit) {
+  json.Key(name).Open('{').Key("count").Int(count).Key("columns").Open('{');
   for (const auto& column : columns) {
     Column values;
-    for (const auto& row : rows) {
-      values.Add(column.second(row));
-    }
+    values.Reserve(count);
+    visit([&values, &column](const Row& row) { values.Add(column.second(row)); });
     values.Write(json, column.first);
   }
   json.Close('}').Close('}');
+}
+
+template <typename Row, std::size_t Count>
+void WriteTable(DataWriter& json, const char* name, const std::vector<Row>& rows,
+                const std::pair<const char*, double (*)(const Row&)> (&columns)[Count]) {
+  WriteVisitedTable(json, name, rows.size(), columns, [&rows](const auto& add) {
+    for (const auto& row : rows) {
+      add(row);
+    }
+  });
 }
 
 }  // namespace TimelineConvert

@@ -2,6 +2,7 @@
 // page data, so that the SVG and the viewer write them alike.
 #include "picture/PictureText.h"
 
+#include "export/Timecode.h"
 #include "picture/TimelineView.h"
 
 #include <algorithm>
@@ -32,32 +33,33 @@ long long NominalFrameRate(const Kov::TimePoints::Rate& rate) {
 }
 
 std::string Timecode(double frame, const Kov::TimePoints::Rate& rate) {
-  const long long framesPerSecond = NominalFrameRate(rate);
   const long long whole = std::llround(frame);
-  if (framesPerSecond <= 0) {
+  TimecodeBase base;
+  base.framesPerSecond = NominalFrameRate(rate);
+  if (base.framesPerSecond <= 0) {
     return "frame " + std::to_string(whole);
   }
-  unsigned long long magnitude = whole < 0 ? 0ULL - static_cast<unsigned long long>(whole) : whole;
-  const auto perSecond = static_cast<unsigned long long>(framesPerSecond);
-  // Drop-frame labels at 30000/1001 and 60000/1001, counted as the viewer
-  // counts them, so that the picture and the page show the same timecode.
-  const bool dropFrame =
-      rate.denominator == 1001 && (rate.numerator == 30000 || rate.numerator == 60000);
-  if (dropFrame) {
-    // The first labels of every minute but each tenth are skipped.
-    const unsigned long long drop = perSecond / 15;
-    const unsigned long long perMinute = perSecond * 60 - drop;
-    const unsigned long long perTenMinutes = perMinute * 10 + drop;
-    const unsigned long long rest = magnitude % perTenMinutes;
-    magnitude += 9 * drop * (magnitude / perTenMinutes) +
-                 (rest > drop ? drop * ((rest - drop) / perMinute) : 0);
+  base.dropFrame = IsDropFrameRate(rate);
+  return TimecodeText(whole, base);
+}
+
+std::vector<long long> TickSteps(long long framesPerSecond) {
+  std::vector<long long> steps;
+  for (const long long frames : {1, 2, 5, 10, 20}) {
+    if (framesPerSecond <= 0 || frames < framesPerSecond) {
+      steps.push_back(frames);
+    }
   }
-  const unsigned long long seconds = magnitude / perSecond;
-  char buffer[64];
-  std::snprintf(buffer, sizeof buffer, "%s%02llu:%02llu:%02llu%c%02llu", whole < 0 ? "-" : "",
-                seconds / 3600, seconds / 60 % 60, seconds % 60, dropFrame ? ';' : ':',
-                magnitude % perSecond);
-  return buffer;
+  if (framesPerSecond > 0) {
+    for (const long long seconds : {1, 2, 5, 10, 15, 30, 60, 120, 300, 600, 900, 1800, 3600}) {
+      steps.push_back(seconds * framesPerSecond);
+    }
+  }
+  return steps;
+}
+
+std::string AuxItemText(const std::string& auxReason) {
+  return "aux item " + (auxReason.empty() ? std::string("plays 0 frames") : auxReason);
 }
 
 const char* ProblemWords(std::uint8_t flag) {
@@ -76,33 +78,44 @@ const char* ProblemWords(std::uint8_t flag) {
 std::string EscapeXml(const std::string& text) {
   std::string escaped;
   escaped.reserve(text.size());
-  for (const char c : text) {
-    switch (c) {
+  AppendEscapedXml(escaped, text);
+  return escaped;
+}
+
+// Characters that need no escape are copied a run at a time.
+void AppendEscapedXml(std::string& out, const std::string& text) {
+  const char* run = text.data();
+  const char* const end = run + text.size();
+  for (const char* at = run; at != end; ++at) {
+    const char* escaped = nullptr;
+    switch (*at) {
       case '&':
-        escaped += "&amp;";
+        escaped = "&amp;";
         break;
       case '<':
-        escaped += "&lt;";
+        escaped = "&lt;";
         break;
       case '>':
-        escaped += "&gt;";
+        escaped = "&gt;";
         break;
       case '"':
-        escaped += "&quot;";
+        escaped = "&quot;";
         break;
       case '\'':
-        escaped += "&apos;";
+        escaped = "&apos;";
         break;
       default:
         // XML cannot carry most control characters, not even as references.
-        if (static_cast<unsigned char>(c) < 0x20 && c != '\n' && c != '\t') {
-          escaped += "\xEF\xBF\xBD";
-        } else {
-          escaped += c;
+        if (static_cast<unsigned char>(*at) < 0x20 && *at != '\n' && *at != '\t') {
+          escaped = "\xEF\xBF\xBD";
         }
     }
+    if (escaped != nullptr) {
+      out.append(run, at).append(escaped);
+      run = at + 1;
+    }
   }
-  return escaped;
+  out.append(run, end);
 }
 
 }  // namespace TimelineConvert

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <string>
 #include <type_traits>
+#include <vector>
 
 namespace TimelineConvert {
 
@@ -21,12 +22,33 @@ long long NominalFrameRate(const Kov::TimePoints::Rate& rate);
 // "frame N" when the rate has none.
 std::string Timecode(double frame, const Kov::TimePoints::Rate& rate);
 
+// The ruler's round steps in frames, shortest first: whole frames below a
+// second, then whole seconds and minutes; a ruler takes the first whose
+// ticks stand far enough apart, doubling the last beyond them.
+std::vector<long long> TickSteps(long long framesPerSecond);
+
+// What the aux item that plays nothing is labelled: "aux item " and why.
+std::string AuxItemText(const std::string& auxReason);
+
 // What a problem flag of a mark means, in both pictures' words: "negative
 // length on the timeline" and the like; empty for a flag without one.
 const char* ProblemWords(std::uint8_t flag);
 
 // Text made safe for XML character data and attribute values.
 std::string EscapeXml(const std::string& text);
+void AppendEscapedXml(std::string& out, const std::string& text);
+
+// What a TextBuffer appends without a string of its own: text made safe for
+// XML, and a number with one decimal as "%.1f" writes it.
+struct EscapedXml {
+  const std::string& text;
+};
+inline EscapedXml Escaped(const std::string& text) {
+  return {text};
+}
+struct OneDecimal {
+  double value;
+};
 
 // Text built by appending, with a stream's `<<` for text and whole numbers:
 // a picture is formatted straight into one buffer.
@@ -42,6 +64,17 @@ class TextBuffer {
   }
   TextBuffer& operator<<(char character) {
     text_ += character;
+    return *this;
+  }
+  TextBuffer& operator<<(const EscapedXml& escaped) {
+    AppendEscapedXml(text_, escaped.text);
+    return *this;
+  }
+  TextBuffer& operator<<(OneDecimal number) {
+    char digits[400];  // the widest double has 309 digits before the point
+    text_.append(digits, std::to_chars(digits, digits + sizeof digits, number.value,
+                                       std::chars_format::fixed, 1)
+                             .ptr);
     return *this;
   }
   // A stream prints these as characters, not numbers: say which is meant.

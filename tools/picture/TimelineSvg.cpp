@@ -88,10 +88,8 @@ const char* const kDefs =
     "<line x1=\"0\" y1=\"0\" x2=\"0\" y2=\"8\" stroke=\"#d0021b\" stroke-width=\"4\"/></pattern>"
     "</defs>";
 
-std::string Number(double value) {
-  char buffer[48];
-  std::snprintf(buffer, sizeof buffer, "%.1f", value);
-  return buffer;
+OneDecimal Number(double value) {
+  return {value};
 }
 
 std::string Frames(std::int64_t value) {
@@ -120,23 +118,13 @@ std::string FittingLabel(const std::vector<std::string>& candidates, double widt
 // enough apart for their labels.
 double TickStep(double pixelsPerFrame, long long framesPerSecond) {
   const double minimum = kMinTickSpacing / pixelsPerFrame;
-  std::vector<double> steps;
-  for (const double frames : {1.0, 2.0, 5.0, 10.0, 20.0}) {
-    if (framesPerSecond <= 0 || frames < static_cast<double>(framesPerSecond)) {
-      steps.push_back(frames);
+  const std::vector<long long> steps = TickSteps(framesPerSecond);
+  for (const long long step : steps) {
+    if (static_cast<double>(step) >= minimum) {
+      return static_cast<double>(step);
     }
   }
-  if (framesPerSecond > 0) {
-    for (const double seconds : {1, 2, 5, 10, 15, 30, 60, 120, 300, 600, 900, 1800, 3600}) {
-      steps.push_back(seconds * static_cast<double>(framesPerSecond));
-    }
-  }
-  for (const double step : steps) {
-    if (step >= minimum) {
-      return step;
-    }
-  }
-  double step = steps.back();
+  double step = static_cast<double>(steps.back());
   while (step < minimum) {
     step *= 2;
   }
@@ -161,8 +149,9 @@ struct Band {
   std::size_t problems = 0;
   double pixels = 0;
   const Mark* only = nullptr;
-  std::string firstNumber;
-  std::string lastNumber;
+  // Named only when the band is drawn.
+  const ViewItem* first = nullptr;
+  const ViewItem* last = nullptr;
 };
 
 class SvgWriter {
@@ -178,10 +167,11 @@ class SvgWriter {
   }
 
   std::string Svg() {
+    out_.Reserve(SizeEstimate());
     out_ << "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"" << Number(width_) << "\" height=\""
          << Number(height_) << "\" viewBox=\"0 0 " << Number(width_) << ' ' << Number(height_)
          << "\" font-family=\"monospace\" font-size=\"11\">\n"
-         << "<title>" << EscapeXml(labels_.title) << "</title>\n<style>" << kStyle << "</style>\n"
+         << "<title>" << Escaped(labels_.title) << "</title>\n<style>" << kStyle << "</style>\n"
          << kDefs << "\n<rect class=\"background\" width=\"" << Number(width_) << "\" height=\""
          << Number(height_) << "\"/>\n";
     Header();
@@ -252,11 +242,25 @@ class SvgWriter {
     }
   }
 
+  // Room for the whole picture at once: grown by doubling, the text would be
+  // copied as it grows and held up to three times. A row draws at most a band
+  // or a wide mark per band's width, each about a kilobyte with its tooltip;
+  // room that is never written costs no memory.
+  std::size_t SizeEstimate() const {
+    const double perRow = 2 * width_ / kBandWidth + 4;
+    double size =
+        16384 + 2 * width_ + 256 * static_cast<double>(headerLines_.size() + labels_.assets.size());
+    for (const auto& row : view_.rows) {
+      size += 1024 * std::min(static_cast<double>(row.marks.size()), perRow);
+    }
+    return static_cast<std::size_t>(size);
+  }
+
   double X(double frame) const { return kLeftMargin + (frame - view_.firstFrame) * scale_; }
 
   void Text(const char* cssClass, double x, double y, const std::string& text) {
     out_ << "<text class=\"" << cssClass << "\" x=\"" << Number(x) << "\" y=\"" << Number(y)
-         << "\">" << EscapeXml(text) << "</text>\n";
+         << "\">" << Escaped(text) << "</text>\n";
   }
 
   void Rect(const std::string& cssClass, double x, double y, double width, double height,
@@ -329,10 +333,19 @@ class SvgWriter {
       }
     }
     if ((flags & kAuxZero) != 0) {
-      text += "\nFLAG: aux item " +
-              (labels_.auxReason.empty() ? std::string("plays 0 frames") : labels_.auxReason);
+      text += "\nFLAG: " + AuxItemText(labels_.auxReason);
     }
     return text;
+  }
+
+  // A speed runs on over many elements: its text is made once per run.
+  const std::string& Speed(const SourceElement& source) const {
+    if (speedText_.empty() || source.speedNumerator != speedOfText_.first ||
+        source.speedDenominator != speedOfText_.second) {
+      speedOfText_ = {source.speedNumerator, source.speedDenominator};
+      speedText_ = SpeedText(source.speedNumerator, source.speedDenominator);
+    }
+    return speedText_;
   }
 
   std::string SourceText(const ViewItem& item) const {
@@ -340,11 +353,11 @@ class SvgWriter {
       return "";
     }
     const auto& source = labels_.elements[*item.element];
-    std::string text = "\nelement " + std::to_string(source.index) + " (number " +
-                       std::to_string(source.number) + ", clip " + source.clip + ")";
+    std::string text = "\nelement " + std::to_string(*item.element) + " (number " +
+                       std::to_string(source.element->number) + ", clip " +
+                       source.element->umId.GetUmId() + ")";
     if (!item.transition) {
-      text += "\nspeed " + SpeedText(source.speedNumerator, source.speedDenominator) +
-              (source.ownSpeed ? "" : " (inherited)");
+      text += "\nspeed " + Speed(source) + (source.ownSpeed ? "" : " (inherited)");
     }
     return text;
   }
@@ -352,38 +365,43 @@ class SvgWriter {
   std::string Tooltip(const Mark& mark) const {
     const auto& item = view_.items[mark.item];
     if (mark.kind == MarkKind::Refused) {
-      return "REFUSED element " + item.number + ": " + labels_.refusal->message + SourceText(item);
+      return "REFUSED element " + ItemNumber(item, labels_) + ": " + labels_.refusal->message +
+             SourceText(item);
     }
     if (item.transition) {
-      const std::string kind = std::to_string(item.effectKind);
+      const auto& effect = item.Effect();
+      const std::string kind = std::to_string(effect.kind);
       return std::string(item.audio ? "audio" : "video") + " transition, effect kind " + kind +
-             "\noffset " + Frames(item.offset) + ", duration " + Frames(item.duration) +
-             " frames\n" + *item.id + SourceText(item);
+             "\noffset " + Frames(effect.offset) + ", duration " + Frames(effect.duration) +
+             " frames\n" + item.Id() + SourceText(item);
     }
-    return "item " + item.number + " (" + *item.id + ")\nasset " + AssetText(item) + " (" +
-           *item.mediaId + ")\n" +
-           PartText("picture", item.timelineVideoIn, item.timelineVideoDuration, item.mediaVideoIn,
-                    item.mediaVideoDuration) +
+    const auto& media = item.Media();
+    return "item " + ItemNumber(item, labels_) + " (" + item.Id() + ")\nasset " + AssetText(item) +
+           " (" + media.mediaId.Text() + ")\n" +
+           PartText("picture", media.timelineVideoIn, media.timelineVideoDuration,
+                    media.mediaVideoIn, media.mediaVideoDuration) +
            "\n" +
-           PartText("sound", item.timelineAudioIn, item.timelineAudioDuration, item.mediaAudioIn,
-                    item.mediaAudioDuration) +
+           PartText("sound", media.timelineAudioIn, media.timelineAudioDuration, media.mediaAudioIn,
+                    media.mediaAudioDuration) +
            SourceText(item) + ProblemText(mark.flags);
   }
 
   std::vector<std::string> LabelChoices(const Mark& mark) const {
     const auto& item = view_.items[mark.item];
+    const std::string number = ItemNumber(item, labels_);
     if (mark.kind == MarkKind::Refused) {
-      return {item.number + " refused", item.number};
+      return {number + " refused", number};
     }
     if (item.transition) {
-      const std::string kind = std::to_string(item.effectKind);
-      return {"kind " + kind + ", " + Frames(item.duration) + "f",
-              "k" + kind + " " + Frames(item.duration), "k" + kind};
+      const auto& effect = item.Effect();
+      const std::string kind = std::to_string(effect.kind);
+      return {"kind " + kind + ", " + Frames(effect.duration) + "f",
+              "k" + kind + " " + Frames(effect.duration), "k" + kind};
     }
     std::string speed;
     if ((mark.flags & kSpeedChanged) != 0 && item.element) {
       const auto& source = labels_.elements[*item.element];
-      speed = " " + SpeedText(source.speedNumerator, source.speedDenominator);
+      speed = " " + Speed(source);
     }
     std::string flag;
     if ((mark.flags & kNegative) != 0) {
@@ -391,8 +409,8 @@ class SvgWriter {
     } else if ((mark.flags & kOverlap) != 0) {
       flag = " overlap!";
     }
-    return {item.number + speed + flag + " " + AssetText(item), item.number + speed + flag,
-            item.number + speed, item.number};
+    return {number + speed + flag + " " + AssetText(item), number + speed + flag, number + speed,
+            number};
   }
 
   std::string BoxClass(const Mark& mark, bool sound) const {
@@ -421,7 +439,7 @@ class SvgWriter {
   // A mark of no width on the picture that must not vanish: a line through
   // the row and a triangle above it.
   void Marker(const Mark& mark, double x, double rowTop, const std::string& label) {
-    out_ << "<g class=\"flag\"><title>" << EscapeXml(Tooltip(mark))
+    out_ << "<g class=\"flag\"><title>" << Escaped(Tooltip(mark))
          << "</title><line class=\"marker-line\" x1=\"" << Number(x) << "\" y1=\"" << Number(rowTop)
          << "\" x2=\"" << Number(x) << "\" y2=\"" << Number(rowTop + kRowHeight)
          << "\"/><path class=\"marker\" d=\"M" << Number(x) << ' ' << Number(rowTop + 7)
@@ -445,11 +463,11 @@ class SvgWriter {
       const auto& item = view_.items[mark.item];
       std::string label =
           (mark.flags & kAuxZero) != 0
-              ? "aux item " +
-                    (labels_.auxReason.empty() ? std::string("plays 0 frames") : labels_.auxReason)
-              : item.number + ((mark.flags & kZero) != 0
-                                   ? " 0f!"
-                                   : " " + Frames(static_cast<std::int64_t>(mark.length)) + "f!");
+              ? AuxItemText(labels_.auxReason)
+              : ItemNumber(item, labels_) +
+                    ((mark.flags & kZero) != 0
+                         ? " 0f!"
+                         : " " + Frames(static_cast<std::int64_t>(mark.length)) + "f!");
       Marker(mark, x, rowTop, label);
       return;
     }
@@ -467,7 +485,7 @@ class SvgWriter {
       }
     }
     const bool media = mark.kind == MarkKind::Picture || mark.kind == MarkKind::Sound;
-    out_ << "<g><title>" << EscapeXml(Tooltip(mark)) << "</title>";
+    out_ << "<g><title>" << Escaped(Tooltip(mark)) << "</title>";
     Rect(BoxClass(mark, sound), x, rowTop, width, kRowHeight,
          media && sound ? kSoundCornerRadius : 0);
     const std::string label = FittingLabel(LabelChoices(mark), x + width - labelX);
@@ -494,8 +512,9 @@ class SvgWriter {
            << "\" x=\"" << Number(x) << "\" y=\"" << Number(fx ? rowTop + kRowHeight - 6 : rowTop)
            << "\" width=\"" << Number(kBandWidth) << "\" height=\"" << Number(fx ? 6 : kRowHeight)
            << "\" fill-opacity=\"" << Number(opacity) << "\"><title>" << band.count
-           << (fx ? " transitions" : " items") << " merged, " << EscapeXml(band.firstNumber)
-           << "\xE2\x80\xA6" << EscapeXml(band.lastNumber);
+           << (fx ? " transitions" : " items") << " merged, "
+           << Escaped(ItemNumber(*band.first, labels_)) << "\xE2\x80\xA6"
+           << Escaped(ItemNumber(*band.last, labels_));
       if (band.problems > 0) {
         out_ << ", " << band.problems << " flagged";
       }
@@ -527,9 +546,9 @@ class SvgWriter {
       band.only = &mark;
       const auto& item = view_.items[mark.item];
       if (band.count == 0) {
-        band.firstNumber = item.number;
+        band.first = &item;
       }
-      band.lastNumber = item.number;
+      band.last = &item;
       ++band.count;
       band.pixels += width;
       if ((mark.flags & kProblemFlags) != 0) {
@@ -544,7 +563,7 @@ class SvgWriter {
     const double pictureRow = top + kRowGap;
     const double soundRow = pictureRow + kRowHeight + kRowGap;
     const std::string name = "track " + std::to_string(track + 1);
-    out_ << "<g class=\"track\">\n<title>" << EscapeXml(name + " " + view_.trackIds[track])
+    out_ << "<g class=\"track\">\n<title>" << Escaped(name + " " + view_.trackIds[track])
          << "</title>";
     Rect(track % 2 == 0 ? "lane" : "lane alt", 4, top, width_ - 8, kLaneHeight - 4);
     out_ << '\n';
@@ -622,6 +641,8 @@ class SvgWriter {
   const PictureLabels& labels_;
   const TimelineView& view_;
   long long framesPerSecond_;
+  mutable std::pair<std::int32_t, std::int32_t> speedOfText_;
+  mutable std::string speedText_;
   std::vector<std::string> headerLines_;
   std::size_t refusalLines_ = 0;
   double scale_ = 1;

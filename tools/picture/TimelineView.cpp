@@ -3,6 +3,7 @@
 #include "picture/TimelineView.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cstdio>
 #include <cstdlib>
 #include <limits>
@@ -14,15 +15,55 @@ namespace {
 namespace Engine = Kov::TimelineEngineModel;
 namespace Data = Kov::Replivo::Data;
 
-std::string GuidText(const Data::Guid& guid) {
-  char buffer[Data::Guid::kTextLength + 1];
-  return guid.ToString(buffer, sizeof buffer);
-}
-
 }  // namespace
 
+const std::string& ViewItem::Id() const {
+  // The refused element is no timeline item and has no identifier.
+  static const std::string none;
+  return source != nullptr ? source->Id().Text() : none;
+}
+
+const Engine::MediaSummaryItem& ViewItem::Media() const {
+  static const Engine::MediaSummaryItem none;
+  return source != nullptr && !transition ? static_cast<const Engine::MediaSummaryItem&>(*source)
+                                          : none;
+}
+
+const Engine::TransitionEffect& ViewItem::Effect() const {
+  static const Engine::TransitionEffect none;
+  return source != nullptr && transition
+             ? static_cast<const Engine::FxTransitionItem&>(*source).FxTransition()
+             : none;
+}
+
+void AppendItemNumber(std::string& out, const ViewItem& item, const PictureLabels& labels) {
+  if (item.aux) {
+    out += "aux";
+    return;
+  }
+  if (item.element) {
+    char digits[16] = {'#'};
+    out.append(digits, std::to_chars(digits + 1, digits + sizeof digits,
+                                     labels.elements[*item.element].element->itemNumber)
+                           .ptr);
+    if (item.transition) {
+      out += ' ';
+    }
+  } else if (!item.transition) {
+    out += "#?";
+  }
+  if (item.transition) {
+    out += item.audio ? "audio fx" : "video fx";
+  }
+}
+
+std::string ItemNumber(const ViewItem& item, const PictureLabels& labels) {
+  std::string number;
+  AppendItemNumber(number, item, labels);
+  return number;
+}
+
 PictureLabels LabelsFromDocument(const PlaylistDocument& document, bool playlistDuration) {
-  namespace Elements = Data::Sequences::Elements;
   PictureLabels labels;
   const auto& playlist = document.playlist;
   labels.title = "Timeline " + std::string(playlist.umId.GetUmId());
@@ -34,25 +75,10 @@ PictureLabels LabelsFromDocument(const PlaylistDocument& document, bool playlist
   Data::Channels::Speed speed{1, 1};
   const auto& elements = playlist.audioVideoTrack.elements;
   labels.elements.reserve(elements.size());
-  labels.itemElements.reserve(3 * elements.size());
-  labels.itemNumbers.reserve(elements.size() + 1);
   for (std::size_t index = 0; index < elements.size(); ++index) {
     const auto& element = elements[index];
     SourceElement source;
-    source.index = index;
-    source.number = element.number;
-    source.itemNumber = element.itemNumber;
-    source.clip = element.umId.GetUmId();
-    source.inBoundaryKind = element.inBoundaryKind;
-    source.outBoundaryKind = element.outBoundaryKind;
-    source.videoIn = element.videoInValue;
-    source.videoOut = element.videoOutValue;
-    source.audioIn = element.audioInValue;
-    source.audioOut = element.audioOutValue;
-    source.videoTransitionType = element.transitionType;
-    source.videoTransitionDuration = element.videoTransitionDuration;
-    source.audioTransitionType = element.audioTransitionType;
-    source.audioTransitionDuration = element.audioTransitionDuration;
+    source.element = &element;
     source.ownSpeed =
         element.speed != Data::Channels::Speed::Empty() && element.speed.numerator != 0;
     if (source.ownSpeed) {
@@ -61,16 +87,12 @@ PictureLabels LabelsFromDocument(const PlaylistDocument& document, bool playlist
     source.speedNumerator = speed.numerator;
     source.speedDenominator = speed.denominator;
     labels.elements.push_back(std::move(source));
-    const std::string itemId = GuidText(Elements::Guid(element.number, element.serverId));
-    labels.itemNumbers[itemId] = "#" + std::to_string(element.itemNumber);
-    labels.itemElements[itemId] = index;
-    labels.itemElements[GuidText(
-        Elements::Guid(element.number, element.serverId, Elements::Guid::VideoTransition))] = index;
-    labels.itemElements[GuidText(
-        Elements::Guid(element.number, element.serverId, Elements::Guid::AudioTransition))] = index;
   }
-  labels.itemNumbers[GuidText(
-      Elements::Guid(playlist.number, playlist.serverId, Elements::Guid::AuxTrack))] = "aux";
+  // The elements' items are the first track; the aux clip's, when there is
+  // one, the second.
+  if (playlist.auxTrackUmId != Data::Clips::UmId::Empty()) {
+    labels.auxTrack = 1;
+  }
   labels.durationMode = playlistDuration ? "playlist (the playlist's own duration)"
                                          : "items (the timeline ends with its last media item)";
   return labels;
@@ -151,26 +173,14 @@ struct ViewBuilder {
     row.marks.push_back(mark);
   }
 
-  void AddMedia(std::size_t track, const Engine::MediaSummaryItem& media, RowState* states) {
+  void AddMedia(std::uint32_t track, const Engine::MediaSummaryItem& media,
+                std::optional<std::uint32_t> element, bool aux, RowState* states) {
     ViewItem item;
-    item.id = &media.Id().Text();
-    const auto number = labels.itemNumbers.find(*item.id);
-    item.number = number != labels.itemNumbers.end() ? number->second : "#?";
-    const auto element = labels.itemElements.find(*item.id);
-    if (element != labels.itemElements.end()) {
-      item.element = element->second;
-    }
+    item.source = &media;
+    item.element = element;
+    item.aux = aux;
     item.track = track;
-    item.timelineVideoIn = media.timelineVideoIn;
-    item.timelineVideoDuration = media.timelineVideoDuration;
-    item.timelineAudioIn = media.timelineAudioIn;
-    item.timelineAudioDuration = media.timelineAudioDuration;
-    item.mediaVideoIn = media.mediaVideoIn;
-    item.mediaVideoDuration = media.mediaVideoDuration;
-    item.mediaAudioIn = media.mediaAudioIn;
-    item.mediaAudioDuration = media.mediaAudioDuration;
-    item.mediaId = &media.mediaId.Text();
-    const auto asset = assetIndex.find(*item.mediaId);
+    const auto asset = assetIndex.find(media.mediaId.Text());
     item.asset = asset != assetIndex.end() ? asset->second : -1;
     std::uint8_t flags = 0;
     if (item.element) {
@@ -180,11 +190,10 @@ struct ViewBuilder {
       }
     }
     const auto index = static_cast<std::uint32_t>(view.items.size());
-    view.items.push_back(std::move(item));
+    view.items.push_back(item);
     auto& rows = view.rows;
     // A part the element does not have is 0 on both sides and is not drawn;
     // the aux item that plays nothing is drawn all the same, as a marker.
-    const bool aux = view.items[index].number == "aux";
     // A part that is not drawn still ends where it is placed.
     if (media.timelineVideoDuration != 0 || media.mediaVideoDuration != 0) {
       AddPart(rows[2 * track], states[0], media.timelineVideoIn, media.timelineVideoDuration,
@@ -204,28 +213,19 @@ struct ViewBuilder {
 
   // A transition lies `offset` frames before the cut, which is where the
   // previous media item's part ends, and lasts `duration` frames.
-  void AddTransition(std::size_t track, const Engine::FxTransitionItem& fx,
-                     const Engine::MediaSummaryItem* previous, RowState* states) {
+  void AddTransition(std::uint32_t track, const Engine::FxTransitionItem& fx,
+                     std::optional<std::uint32_t> element, const Engine::MediaSummaryItem* previous,
+                     RowState* states) {
     const bool sound = fx.GetType() == Engine::FxAudioTransition;
     ViewItem item;
-    item.id = &fx.Id().Text();
-    const auto element = labels.itemElements.find(*item.id);
-    if (element != labels.itemElements.end()) {
-      item.element = element->second;
-      item.number = "#" + std::to_string(labels.elements[element->second].itemNumber) +
-                    (sound ? " audio fx" : " video fx");
-    } else {
-      item.number = sound ? "audio fx" : "video fx";
-    }
+    item.source = &fx;
+    item.element = element;
     item.track = track;
     item.transition = true;
     item.audio = sound;
     const auto& effect = fx.FxTransition();
-    item.effectKind = effect.kind;
-    item.offset = effect.offset;
-    item.duration = effect.duration;
     const auto index = static_cast<std::uint32_t>(view.items.size());
-    view.items.push_back(std::move(item));
+    view.items.push_back(item);
     states[sound ? 1 : 0].transitionSince = true;
     if (previous == nullptr) {
       return;
@@ -244,13 +244,11 @@ struct ViewBuilder {
     if (!refusal.element || *refusal.element >= labels.elements.size() || view.rows.empty()) {
       return;
     }
-    const auto& source = labels.elements[*refusal.element];
     ViewItem item;
-    item.number = "#" + std::to_string(source.itemNumber);
-    item.element = refusal.element;
+    item.element = static_cast<std::uint32_t>(*refusal.element);
     item.flags = kRefused;
     const auto index = static_cast<std::uint32_t>(view.items.size());
-    view.items.push_back(std::move(item));
+    view.items.push_back(item);
     for (int side = 0; side < 2; ++side) {
       view.rows[static_cast<std::size_t>(side)].marks.push_back(
           Mark{states[side].end, 0, MarkKind::Refused, kRefused, index});
@@ -288,13 +286,23 @@ TimelineView MakeTimelineView(const Engine::Timeline& timeline, const PictureLab
   view.items.reserve(itemCount);
   builder.mediaLengths.reserve(2 * itemCount);
   for (std::size_t track = 0; track < timeline.tracks.size(); ++track) {
+    const auto trackIndex = static_cast<std::uint32_t>(track);
     const Engine::MediaSummaryItem* previous = nullptr;
+    // The element of the next media item and of the transitions before it.
+    std::uint32_t nextElement = 0;
+    const bool elementTrack = track == labels.elementTrack;
+    const bool auxTrack = labels.auxTrack && track == *labels.auxTrack;
     for (const auto& item : timeline.tracks[track].items) {
+      std::optional<std::uint32_t> element;
+      if (elementTrack && nextElement < labels.elements.size()) {
+        element = nextElement;
+      }
       if (const auto* media = dynamic_cast<const Engine::MediaSummaryItem*>(item.get())) {
-        builder.AddMedia(track, *media, &states[2 * track]);
+        builder.AddMedia(trackIndex, *media, element, auxTrack, &states[2 * track]);
         previous = media;
+        ++nextElement;
       } else if (const auto* fx = dynamic_cast<const Engine::FxTransitionItem*>(item.get())) {
-        builder.AddTransition(track, *fx, previous, &states[2 * track]);
+        builder.AddTransition(trackIndex, *fx, element, previous, &states[2 * track]);
       }
     }
   }

@@ -11,7 +11,6 @@
 #include <cstdint>
 #include <optional>
 #include <string>
-#include <unordered_map>
 #include <vector>
 
 #include "analysis/Findings.h"
@@ -20,23 +19,11 @@
 
 namespace TimelineConvert {
 
-// One element of the playlist's audio-video track, as the document gives it,
-// with the play speed in force for it (its own, or the one it inherits).
+// One element of the playlist's audio-video track, as the document gives it
+// (the document outlives the picture, so the element is not copied), with
+// the play speed in force for it (its own, or the one it inherits).
 struct SourceElement {
-  std::size_t index = 0;
-  std::uint32_t number = 0;
-  std::int32_t itemNumber = 0;
-  std::string clip;
-  std::int32_t inBoundaryKind = 0;
-  std::int32_t outBoundaryKind = 0;
-  std::int64_t videoIn = 0;
-  std::int64_t videoOut = 0;
-  std::int64_t audioIn = 0;
-  std::int64_t audioOut = 0;
-  std::int32_t videoTransitionType = 0;
-  std::int32_t videoTransitionDuration = 0;
-  std::int32_t audioTransitionType = 0;
-  std::int32_t audioTransitionDuration = 0;
+  const Kov::Replivo::Data::Sequences::AudioVideoElement* element = nullptr;
   bool ownSpeed = false;
   std::int32_t speedNumerator = 1;
   std::int32_t speedDenominator = 1;
@@ -57,11 +44,14 @@ struct PictureLabels {
   // Asset identifier and a readable name (its clip id); numbered A1, A2, ...
   // in this order.
   std::vector<std::pair<std::string, std::string>> assets;
-  // Media item identifier to the number the operator knows it by.
-  std::unordered_map<std::string, std::string> itemNumbers;
-  // Item identifier (media and transition items) to its index in elements.
-  std::unordered_map<std::string, std::size_t> itemElements;
   std::vector<SourceElement> elements;
+  // The track that holds the elements' items and the one that holds the aux
+  // clip's item. The conversion lays the elements' items out in element
+  // order, each element's transitions just before its media item, so an
+  // item's element follows from its position in the track: nothing is looked
+  // up by identifier text.
+  std::size_t elementTrack = 0;
+  std::optional<std::size_t> auxTrack;
   // "items" or "playlist", with what it means.
   std::string durationMode;
   // Why the aux item plays no frames, from its finding.
@@ -71,8 +61,8 @@ struct PictureLabels {
   Findings findings;
 };
 
-// Assets in document order, items by their element's item number, the aux
-// clip's item as "aux".
+// Assets in document order, the elements with the speed in force for each,
+// the aux clip's track when the playlist has one.
 PictureLabels LabelsFromDocument(const PlaylistDocument& document, bool playlistDuration = false);
 
 // The labels with what the outcome and the findings add: the refusal and its
@@ -113,35 +103,32 @@ struct Mark {
   std::uint32_t item = 0;
 };
 
-// The text a view item points at when the timeline has none for it (the
-// refused element is no timeline item).
-inline const std::string& NoText() {
-  static const std::string empty;
-  return empty;
-}
-
-// One item of the timeline with every field the details need. Its
-// identifiers point into the timeline, which outlives the view: a large
-// timeline is not held twice.
+// One item of the timeline with every field the details need: it points at
+// the timeline's own item, which outlives the view, so that a large timeline
+// is not held twice.
 struct ViewItem {
-  const std::string* id = &NoText();
-  std::string number;  // "#3", "aux", "#?" or a transition's "#3 fx"
-  std::optional<std::size_t> element;
-  std::size_t track = 0;
-  bool transition = false;
-  // Media item fields.
-  std::int64_t timelineVideoIn = 0, timelineVideoDuration = 0;
-  std::int64_t timelineAudioIn = 0, timelineAudioDuration = 0;
-  std::int64_t mediaVideoIn = 0, mediaVideoDuration = 0;
-  std::int64_t mediaAudioIn = 0, mediaAudioDuration = 0;
-  int asset = -1;  // index into PictureLabels::assets
-  const std::string* mediaId = &NoText();
-  // Transition fields.
-  bool audio = false;
-  std::int32_t effectKind = 0;
-  std::int64_t offset = 0, duration = 0;
+  // The media or transition item drawn (as `transition` says); none for the
+  // refused element, which is no timeline item.
+  const Kov::TimelineEngineModel::TrackItem* source = nullptr;
+  std::optional<std::uint32_t> element;  // index into PictureLabels::elements
+  std::uint32_t track = 0;
+  std::int32_t asset = -1;  // index into PictureLabels::assets
   std::uint8_t flags = 0;
+  bool transition = false;
+  bool audio = false;  // an audio transition
+  bool aux = false;    // the aux clip's item
+
+  const std::string& Id() const;
+  // The media item's fields; all 0 for a transition or the refused element.
+  const Kov::TimelineEngineModel::MediaSummaryItem& Media() const;
+  // The transition's effect; all 0 for a media item or the refused element.
+  const Kov::TimelineEngineModel::TransitionEffect& Effect() const;
 };
+
+// Appends the number the operator knows an item by: "#3", "aux", "#?", a
+// transition's "#3 video fx", the refused element's "#3".
+void AppendItemNumber(std::string& out, const ViewItem& item, const PictureLabels& labels);
+std::string ItemNumber(const ViewItem& item, const PictureLabels& labels);
 
 struct ViewRow {
   std::size_t track = 0;

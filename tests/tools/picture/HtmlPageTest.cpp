@@ -95,25 +95,24 @@ Json PageData(const std::string& page) {
   return Json::parse(page.substr(from, page.find("</script>", from) - from));
 }
 
-// Items of the given lengths one after another, with the given ids, which
-// the picture points at: they must outlive it.
-TimelineConvert::Picture PictureOf(const Engine::Timeline& timeline,
-                                   const std::vector<std::string>& ids) {
+// The picture of a timeline, which it points at: the timeline must outlive it.
+TimelineConvert::Picture PictureOf(const Engine::Timeline& timeline) {
   TimelineConvert::PictureLabels labels;
   labels.assets = {{"asset", "CLIP"}};
   TimelineConvert::Picture picture{timeline, {50, 1}, labels, {}};
   picture.view = TimelineConvert::MakeTimelineView(timeline, picture.labels);
-  for (std::size_t index = 0; index < ids.size(); ++index) {
-    picture.view.items[index].id = &ids[index];
-  }
   return picture;
 }
 
-Engine::Timeline TimelineOf(const std::vector<std::int64_t>& lengths) {
+// Items of the given lengths one after another, with the given ids (or
+// "item-N" past them).
+Engine::Timeline TimelineOf(const std::vector<std::int64_t>& lengths,
+                            const std::vector<std::string>& ids = {}) {
   Engine::Track track{"track", 1, {}};
   std::int64_t position = 0;
   for (std::size_t index = 0; index < lengths.size(); ++index) {
-    auto media = std::make_shared<Engine::MediaSummaryItem>("item-" + std::to_string(index));
+    auto media = std::make_shared<Engine::MediaSummaryItem>(
+        index < ids.size() ? ids[index] : "item-" + std::to_string(index));
     media->mediaId = "asset";
     media->timelineVideoIn = media->timelineAudioIn = position;
     media->timelineVideoDuration = media->timelineAudioDuration = lengths[index];
@@ -144,8 +143,8 @@ TEST(HtmlPage, ColumnsAndIdsDecodeToWhatThePictureHolds) {
   };
   for (const auto& row : cases) {
     SCOPED_TRACE(row.name);
-    const auto timeline = TimelineOf(row.lengths);
-    const auto picture = PictureOf(timeline, row.ids);
+    const auto timeline = TimelineOf(row.lengths, row.ids);
+    const auto picture = PictureOf(timeline);
     const auto data = PageData(TimelineConvert::PictureToHtml(picture));
     const auto& marks = data["tables"]["marks"];
     const std::size_t count = marks["count"];
@@ -168,7 +167,7 @@ TEST(HtmlPage, ColumnsAndIdsDecodeToWhatThePictureHolds) {
     const auto& items = data["tables"]["items"];
     const auto mediaIns = Decode(items["columns"]["mediaVideoIn"], items["count"]);
     for (std::size_t index = 0; index < picture.view.items.size(); ++index) {
-      EXPECT_EQ(mediaIns[index], double(picture.view.items[index].mediaVideoIn));
+      EXPECT_EQ(mediaIns[index], double(picture.view.items[index].Media().mediaVideoIn));
     }
     // Ids: shared start, the middle, shared end, against the previous one.
     const auto shared = Decode(data["ids"]["shared"], row.ids.size());
@@ -194,9 +193,8 @@ TEST(HtmlPage, ColumnsAndIdsDecodeToWhatThePictureHolds) {
 }
 
 TEST(HtmlPage, FindingsPastTheLimitOfAKindAreCounted) {
-  const auto timeline = TimelineOf({100, 100});
-  const std::vector<std::string> ids = {"a", "b"};  // the view points at them
-  auto picture = PictureOf(timeline, ids);
+  const auto timeline = TimelineOf({100, 100}, {"a", "b"});
+  auto picture = PictureOf(timeline);
   for (int index = 0; index < 1003; ++index) {
     picture.labels.findings.Add(
         TimelineConvert::FindingKind::AvDrift,

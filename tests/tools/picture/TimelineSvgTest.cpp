@@ -2,6 +2,7 @@
 // any content, and readability from three items to three hundred.
 #include <gtest/gtest.h>
 
+#include <deque>
 #include <limits>
 #include <optional>
 
@@ -64,7 +65,10 @@ Engine::Timeline TimelineOfLengths(const std::vector<std::int64_t>& lengths,
     media->mediaVideoDuration = media->mediaAudioDuration = lengths[index];
     position += lengths[index];
     track.items.push_back(media);
-    labels.itemNumbers[id] = "#" + std::to_string(index + 1);
+    // The labels point at the document's elements, which outlive them.
+    static std::deque<Kov::Replivo::Data::Sequences::AudioVideoElement> elements;
+    elements.emplace_back().itemNumber = static_cast<std::int32_t>(index + 1);
+    labels.elements.push_back({&elements.back()});
   }
   labels.assets = {{"asset", "CLIP"}};
   return Engine::Timeline{"timeline", {}, position, {track}, {}};
@@ -99,6 +103,25 @@ TEST(TimelineSvg, ShippedExampleShowsLanesItemsTransitionsAndRuler) {
   const auto dissolves = RectXs(svg, "vfx");
   EXPECT_DOUBLE_EQ(dissolves[0], pictures[1]);
   EXPECT_LT(dissolves[1], pictures[2]);
+}
+
+// Items are named by their place in the track, not by identifier: two
+// elements of one number (so one identifier) each keep their own name.
+TEST(TimelineSvg, ElementsOfOneNumberKeepTheirOwnNames) {
+  std::string text = tool_testing::ReadFile(tool_testing::SourcePath("examples/highlight.json"));
+  const std::string third = "\"number\": 3, \"serverId\"";
+  text.replace(text.find(third), third.size(), "\"number\": 2, \"serverId\"");
+  const auto document = TimelineConvert::ReadPlaylistDocument(text);
+  TimelineConvert::Outcome outcome;
+  const auto svg = Render(document, false, outcome);
+  for (const char* expected : {">#2 A2 CAM-B-0032<",
+                               "element 1 (number 2, clip CAM-B-0032)\nspeed \xC3\x97"
+                               "1 (inherited)",
+                               ">#3 \xC3\x97"
+                               "0.5 A3 CAM-SSM-001<",
+                               "element 2 (number 2, clip CAM-SSM-001)"}) {
+    EXPECT_NE(svg.find(expected), std::string::npos) << expected;
+  }
 }
 
 TEST(TimelineSvg, RefusedPlaylistIsDrawnUpToTheRefusedElement) {
@@ -161,7 +184,7 @@ TEST(TimelineSvg, FlagsWhatNeedsASecondLook) {
     if (row.aux) {
       auto aux = std::make_shared<Engine::MediaSummaryItem>("aux-item");
       timeline.tracks.push_back(Engine::Track{"aux-track", 1, {aux}});
-      labels.itemNumbers["aux-item"] = "aux";
+      labels.auxTrack = 1;
       labels.auxReason = "0 frames: open-ended";
     }
     const auto svg = TimelineToSvg(timeline, kRate50, labels);

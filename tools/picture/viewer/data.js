@@ -77,10 +77,12 @@ function itemOfId(id) {
   return byId.has(id) ? byId.get(id) : -1;
 }
 function clipOf(element) { return data.clips[elements.clip[element]]; }
+// As the SVG names an item: "#3", "aux" (the aux track's item), "#?" (a
+// media item of no element), a transition's "#3 video fx" or "video fx".
 function numberOf(index) {
-  var element = items.element[index];
-  var base = element >= 0 ? "#" + elements.itemNumber[element] : items.track[index] > 0 ? "aux" : "#?";
-  return items.kind[index] === 1 ? base + (items.audio[index] ? " audio fx" : " video fx") : base;
+  var element = items.element[index], transition = items.kind[index] === 1;
+  var base = element >= 0 ? "#" + elements.itemNumber[element] : transition ? "" : items.track[index] > 0 ? "aux" : "#?";
+  return transition ? (base ? base + " " : "") + (items.audio[index] ? "audio fx" : "video fx") : base;
 }
 
 var rows = data.rows.map(function (row, rowIndex) {

@@ -127,7 +127,7 @@ function drawMark(kind, flags, item, x, w, top, marker, cover, frames, labels, r
     context.strokeStyle = colors.red; context.fillStyle = colors.red; context.lineWidth = 2;
     context.beginPath(); context.moveTo(x, top); context.lineTo(x, top + h); context.stroke();
     context.beginPath(); context.moveTo(x, top + 7); context.lineTo(x - 5, top); context.lineTo(x + 5, top); context.closePath(); context.fill();
-    var number = numberOf(item), text = flags & FLAG.auxZero ? "aux item " + (data.auxReason || "plays 0 frames")
+    var number = numberOf(item), text = flags & FLAG.auxZero ? data.words.auxItem
       : number + (flags & FLAG.zero ? " 0f!" : " " + Math.trunc(frames) + "f!");
     labels.push({ choices: [text, flags & FLAG.auxZero ? "aux 0f!" : number + "!"], left: x + 7, room: Infinity, top: top, row: rowIndex,
       color: colors.redText, bold: true, priority: 2 });
@@ -192,8 +192,8 @@ function drawLabels(labels) {
   });
 }
 function tickStep() {
-  var minimum = 110 / state.view.scale, steps = [1, 2, 5, 10, 20].filter(function (s) { return !fps || s < fps; });
-  if (fps) [1, 2, 5, 10, 15, 30, 60, 120, 300, 600, 900, 1800, 3600].forEach(function (s) { steps.push(s * fps); });
+  // The round steps are the SVG ruler's, sent by the tool.
+  var minimum = 110 / state.view.scale, steps = data.words.tickSteps;
   for (var i = 0; i < steps.length; i++) if (steps[i] >= minimum) return steps[i];
   var step = steps[steps.length - 1];
   while (step < minimum) step *= 2;

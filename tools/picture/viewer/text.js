@@ -1,15 +1,16 @@
 // What the viewer says: timecode as editors read it (drop-frame at 30000/1001
 // and 60000/1001, with the frame count beside it), speeds, flags, the labels
 // of marks and the summaries of tooltips and the live region.
-var dropFrame = data.rate[1] === 1001 && (data.rate[0] === 30000 || data.rate[0] === 60000);
+// The tool sends the rule's numbers: frames a second and the labels skipped
+// at the start of each minute but every tenth (none without drop frame).
+var droppedPerMinute = data.words.droppedPerMinute, dropFrame = droppedPerMinute > 0;
 function two(n) { return (n < 10 ? "0" : "") + n; }
 function timecode(frame) {
   var whole = Math.round(frame);
   if (!fps) return "frame " + whole;
   var magnitude = Math.abs(whole), separator = ":";
   if (dropFrame) {
-    // Drop-frame skips the first frame numbers of each minute but every tenth.
-    var drop = Math.round(fps / 15), perMinute = fps * 60 - drop, perTen = perMinute * 10 + drop;
+    var drop = droppedPerMinute, perMinute = fps * 60 - drop, perTen = perMinute * 10 + drop;
     var tens = Math.floor(magnitude / perTen), rest = magnitude % perTen;
     magnitude += 9 * drop * tens + (rest > drop ? drop * Math.floor((rest - drop) / perMinute) : 0);
     separator = ";";
@@ -32,7 +33,7 @@ function flagTexts(flags) {
   ["negative", "zero", "overlap"].forEach(function (name) {
     if (flags & FLAG[name]) texts.push(data.words.problems[name]);
   });
-  if (flags & FLAG.auxZero) texts.push("aux item " + (data.auxReason || "plays 0 frames"));
+  if (flags & FLAG.auxZero) texts.push(data.words.auxItem);
   if (flags & FLAG.refused) texts.push("refused: " + data.refusal.message);
   return texts;
 }
