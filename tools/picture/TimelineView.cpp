@@ -6,7 +6,6 @@
 #include <charconv>
 #include <cstdio>
 #include <cstdlib>
-#include <limits>
 
 namespace TimelineConvert {
 
@@ -122,50 +121,79 @@ PictureLabels LabelsFromOutcome(const PlaylistDocument& document, const Outcome&
 
 namespace {
 
-// Tracks, per row, where the last media part ended, how far the ones before
-// it reached, and whether a transition came after it, to find overlaps
-// nothing explains: a transition explains an overlap with the part just
-// before it, never one with an older part.
-struct RowState {
-  double end = 0;
-  double older = -std::numeric_limits<double>::infinity();
-  bool seenMedia = false;
-  bool transitionSince = false;
-
-  bool Overlaps(double low) const {
-    return seenMedia && (low < older || (low < end && !transitionSince));
-  }
-  void Passed(double high) {
-    if (seenMedia) {
-      older = std::max(older, end);
+// The problem flags of every part the picture draws, read once from the
+// findings: check judges, the picture only shows what it reports, at the same
+// element and side. Two bytes per element, so that a long sequence's million
+// findings are walked once and never searched.
+class ProblemFlags {
+ public:
+  ProblemFlags(const Findings& findings, std::size_t elementCount)
+      : elementSides_(2 * elementCount, 0) {
+    for (const auto& finding : findings) {
+      refused_ = refused_ || finding.severity == Severity::Refusal;
+      if (finding.kind == FindingKind::EmptyAuxItem) {
+        auxSides_[1] |= kAuxZero;
+      } else if (finding.kind == FindingKind::NegativeDuration &&
+                 finding.subject == FindingSubject::Spelled) {
+        // Held in words only for the aux item, which is sound only.
+        auxSides_[1] |= kNegative;
+      } else if (finding.subject == FindingSubject::Element && finding.index < elementCount) {
+        AddAtElement(finding, &elementSides_[2 * std::size_t{finding.index}]);
+      }
     }
-    end = high;
-    seenMedia = true;
-    transitionSince = false;
   }
+
+  // Side 0 picture, 1 sound; the aux item when there is no element.
+  std::uint8_t Of(std::optional<std::uint32_t> element, bool aux, int side) const {
+    if (aux) {
+      return auxSides_[side];
+    }
+    return element ? elementSides_[2 * std::size_t{*element} + static_cast<std::size_t>(side)] : 0;
+  }
+  bool Refused() const { return refused_; }
+
+ private:
+  // Overlap and zero-length-part name their side; negative-duration quotes
+  // both lengths.
+  static void AddAtElement(const Finding& finding, std::uint8_t* sides) {
+    switch (finding.kind) {
+      case FindingKind::Overlap:
+        sides[finding.variant & 1] |= kOverlap;
+        break;
+      case FindingKind::ZeroLengthPart:
+        sides[finding.variant & 1] |= kZero;
+        break;
+      case FindingKind::NegativeDuration:
+        for (int side = 0; side < 2; ++side) {
+          if (finding.values[side] < 0) {
+            sides[side] |= kNegative;
+          }
+        }
+        break;
+      default:
+        break;
+    }
+  }
+
+  std::vector<std::uint8_t> elementSides_;
+  std::uint8_t auxSides_[2] = {0, 0};
+  bool refused_ = false;
 };
 
 struct ViewBuilder {
   const PictureLabels& labels;
+  ProblemFlags problems;
   TimelineView view;
   std::unordered_map<std::string, int> assetIndex;
   std::vector<double> mediaLengths;
 
-  void AddPart(ViewRow& row, RowState& state, std::int64_t start, std::int64_t length,
-               std::int64_t mediaLength, std::uint8_t flags, std::uint32_t item) {
-    Mark mark{static_cast<double>(start), static_cast<double>(length),
-              row.sound ? MarkKind::Sound : MarkKind::Picture, flags, item};
-    if (length < 0) {
-      mark.flags |= kNegative;
-    } else if (length == 0 && mediaLength != 0) {
-      mark.flags |= kZero;
-    }
-    const double low = std::min(mark.start, mark.start + mark.length);
-    const double high = std::max(mark.start, mark.start + mark.length);
-    if ((mark.flags & kAuxZero) == 0 && state.Overlaps(low)) {
-      mark.flags |= kOverlap;
-    }
-    state.Passed(high);
+  // Where each row's last part ends (for a part not drawn, where it is
+  // placed): the refused element is drawn after the last one.
+  void AddPart(ViewRow& row, double& end, std::int64_t start, std::int64_t length,
+               std::uint8_t flags, std::uint32_t item) {
+    const Mark mark{static_cast<double>(start), static_cast<double>(length),
+                    row.sound ? MarkKind::Sound : MarkKind::Picture, flags, item};
+    end = std::max(mark.start, mark.start + mark.length);
     if (length > 0) {
       mediaLengths.push_back(mark.length);
     }
@@ -174,7 +202,7 @@ struct ViewBuilder {
   }
 
   void AddMedia(std::uint32_t track, const Engine::MediaSummaryItem& media,
-                std::optional<std::uint32_t> element, bool aux, RowState* states) {
+                std::optional<std::uint32_t> element, bool aux, double* ends) {
     ViewItem item;
     item.source = &media;
     item.element = element;
@@ -182,40 +210,41 @@ struct ViewBuilder {
     item.track = track;
     const auto asset = assetIndex.find(media.mediaId.Text());
     item.asset = asset != assetIndex.end() ? asset->second : -1;
-    std::uint8_t flags = 0;
+    // Not a judgement: the speed is shown as the element plays it.
+    std::uint8_t speed = 0;
     if (item.element) {
       const auto& source = labels.elements[*item.element];
       if (source.speedNumerator != source.speedDenominator) {
-        flags |= kSpeedChanged;
+        speed = kSpeedChanged;
       }
     }
     const auto index = static_cast<std::uint32_t>(view.items.size());
     view.items.push_back(item);
     auto& rows = view.rows;
+    const auto flags = [&](int side) {
+      return static_cast<std::uint8_t>(speed | problems.Of(element, aux, side));
+    };
     // A part the element does not have is 0 on both sides and is not drawn;
     // the aux item that plays nothing is drawn all the same, as a marker.
-    // A part that is not drawn still ends where it is placed.
     if (media.timelineVideoDuration != 0 || media.mediaVideoDuration != 0) {
-      AddPart(rows[2 * track], states[0], media.timelineVideoIn, media.timelineVideoDuration,
-              media.mediaVideoDuration, flags, index);
+      AddPart(rows[2 * track], ends[0], media.timelineVideoIn, media.timelineVideoDuration,
+              flags(0), index);
     } else {
-      states[0].Passed(static_cast<double>(media.timelineVideoIn));
+      ends[0] = static_cast<double>(media.timelineVideoIn);
     }
-    if (media.timelineAudioDuration != 0 || media.mediaAudioDuration != 0) {
-      AddPart(rows[2 * track + 1], states[1], media.timelineAudioIn, media.timelineAudioDuration,
-              media.mediaAudioDuration, flags, index);
-    } else if (aux) {
-      AddPart(rows[2 * track + 1], states[1], media.timelineAudioIn, 0, 0, flags | kAuxZero, index);
+    if (media.timelineAudioDuration != 0 || media.mediaAudioDuration != 0 || aux) {
+      AddPart(rows[2 * track + 1], ends[1], media.timelineAudioIn, media.timelineAudioDuration,
+              flags(1), index);
     } else {
-      states[1].Passed(static_cast<double>(media.timelineAudioIn));
+      ends[1] = static_cast<double>(media.timelineAudioIn);
     }
   }
 
   // A transition lies `offset` frames before the cut, which is where the
   // previous media item's part ends, and lasts `duration` frames.
   void AddTransition(std::uint32_t track, const Engine::FxTransitionItem& fx,
-                     std::optional<std::uint32_t> element, const Engine::MediaSummaryItem* previous,
-                     RowState* states) {
+                     std::optional<std::uint32_t> element,
+                     const Engine::MediaSummaryItem* previous) {
     const bool sound = fx.GetType() == Engine::FxAudioTransition;
     ViewItem item;
     item.source = &fx;
@@ -226,7 +255,6 @@ struct ViewBuilder {
     const auto& effect = fx.FxTransition();
     const auto index = static_cast<std::uint32_t>(view.items.size());
     view.items.push_back(item);
-    states[sound ? 1 : 0].transitionSince = true;
     if (previous == nullptr) {
       return;
     }
@@ -239,9 +267,12 @@ struct ViewBuilder {
              sound ? MarkKind::AudioTransition : MarkKind::VideoTransition, 0, index});
   }
 
-  void AddRefused(const RowState* states) {
+  // The refusal's finding says the playlist is refused; the outcome's refusal
+  // names the element that fails, which may lie before the value to change.
+  void AddRefused(const double* ends) {
     const auto& refusal = *labels.refusal;
-    if (!refusal.element || *refusal.element >= labels.elements.size() || view.rows.empty()) {
+    if (!problems.Refused() || !refusal.element || *refusal.element >= labels.elements.size() ||
+        view.rows.empty()) {
       return;
     }
     ViewItem item;
@@ -251,7 +282,7 @@ struct ViewBuilder {
     view.items.push_back(item);
     for (int side = 0; side < 2; ++side) {
       view.rows[static_cast<std::size_t>(side)].marks.push_back(
-          Mark{states[side].end, 0, MarkKind::Refused, kRefused, index});
+          Mark{ends[side], 0, MarkKind::Refused, kRefused, index});
     }
   }
 };
@@ -259,7 +290,7 @@ struct ViewBuilder {
 }  // namespace
 
 TimelineView MakeTimelineView(const Engine::Timeline& timeline, const PictureLabels& labels) {
-  ViewBuilder builder{labels, {}, {}, {}};
+  ViewBuilder builder{labels, ProblemFlags(labels.findings, labels.elements.size()), {}, {}, {}};
   for (std::size_t index = 0; index < labels.assets.size(); ++index) {
     builder.assetIndex.emplace(labels.assets[index].first, static_cast<int>(index));
   }
@@ -274,7 +305,7 @@ TimelineView MakeTimelineView(const Engine::Timeline& timeline, const PictureLab
     view.rows.push_back(ViewRow{track, true, {}});
     view.trackIds.push_back(track < timeline.tracks.size() ? timeline.tracks[track].id.Text() : "");
   }
-  std::vector<RowState> states(2 * trackCount);
+  std::vector<double> ends(2 * trackCount, 0.0);
   // Every item is one view item, and at most one mark in each of its rows.
   std::size_t itemCount = 1;
   for (std::size_t track = 0; track < timeline.tracks.size(); ++track) {
@@ -298,16 +329,16 @@ TimelineView MakeTimelineView(const Engine::Timeline& timeline, const PictureLab
         element = nextElement;
       }
       if (const auto* media = dynamic_cast<const Engine::MediaSummaryItem*>(item.get())) {
-        builder.AddMedia(trackIndex, *media, element, auxTrack, &states[2 * track]);
+        builder.AddMedia(trackIndex, *media, element, auxTrack, &ends[2 * track]);
         previous = media;
         ++nextElement;
       } else if (const auto* fx = dynamic_cast<const Engine::FxTransitionItem*>(item.get())) {
-        builder.AddTransition(trackIndex, *fx, element, previous, &states[2 * track]);
+        builder.AddTransition(trackIndex, *fx, element, previous);
       }
     }
   }
   if (labels.refusal) {
-    builder.AddRefused(states.data());
+    builder.AddRefused(ends.data());
   }
   double first = 0;
   double last = std::max(1.0, static_cast<double>(timeline.duration));

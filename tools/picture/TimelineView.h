@@ -1,9 +1,9 @@
 // TimelineView: what the SVG picture and the HTML viewer both show, worked
 // out once from a converted timeline and the document it came from. Every
-// drawn mark knows its item, its source element and what is wrong with it
-// (a speed other than 1/1, a length of zero or less, an overlap without a
-// transition, the element the library refused), so neither drawing has to
-// look anything up again.
+// drawn mark knows its item, its source element, its speed and what is wrong
+// with it, so neither drawing has to look anything up again. What is wrong is
+// never judged here: it is read from the findings, so that the picture flags
+// exactly what check reports, at the same element and side.
 #pragma once
 
 #include <TimelineEngineConversion/TimelineEngineConversion.h>
@@ -72,14 +72,15 @@ PictureLabels LabelsFromOutcome(const PlaylistDocument& document, const Outcome&
 
 enum class MarkKind : std::uint8_t { Picture, Sound, VideoTransition, AudioTransition, Refused };
 
-// Bits of Mark::flags.
+// Bits of Mark::flags. The speed is shown as the element plays it; every
+// other bit is the finding named beside it, at the mark's element and side.
 enum MarkFlag : std::uint8_t {
   kSpeedChanged = 1,  // plays at a speed other than 1/1
-  kNegative = 2,      // lasts less than nothing on the timeline
-  kZero = 4,          // plays media but takes no timeline frames
-  kOverlap = 8,       // starts before the part before it ends, with no transition
-  kAuxZero = 16,      // the aux item that plays nothing
-  kRefused = 32,      // the element the library refused
+  kNegative = 2,      // negative-duration: lasts less than nothing on the timeline
+  kZero = 4,          // zero-length-part: plays media but takes no timeline frames
+  kOverlap = 8,       // overlap: starts inside an earlier part, with no transition
+  kAuxZero = 16,      // empty-aux-item: the aux item that plays nothing
+  kRefused = 32,      // a refusal: the element the library refused
 };
 constexpr std::uint8_t kProblemFlags = kNegative | kZero | kOverlap | kAuxZero | kRefused;
 

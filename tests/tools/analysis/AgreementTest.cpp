@@ -1,17 +1,23 @@
 // The outputs agree: for one document per kind of finding, check, the SVG
 // picture, the viewer's page data and both exports name the same findings at
-// the same places, and the OpenTimelineIO export refuses exactly when a
-// finding blocks it.
+// the same places, every problem the picture flags is a finding at the same
+// element and side (and every finding of a kind it flags is drawn), and the
+// OpenTimelineIO export refuses exactly when a finding blocks it.
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <nlohmann/json.hpp>
 #include <regex>
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
 #include "ToolTestSupport.h"
+#include "analysis/Findings.h"
+#include "analysis/Outcome.h"
+#include "document/PlaylistDocument.h"
+#include "picture/TimelineView.h"
 
 namespace {
 
@@ -32,9 +38,68 @@ long long ElementOf(const Json& object) {
   return object.contains("element") ? object["element"].get<long long>() : -1;
 }
 
+// A problem at one part: the picture's name of its flag, the element (-1 the
+// aux item, -2 the refused element) and the side (0 picture, 1 sound).
+using Flagged = std::tuple<std::string, long long, int>;
+
+// The problem flags of one finding of check, as the picture should draw them.
+void AddFlagged(const Json& line, std::vector<Flagged>& flagged) {
+  const std::string kind = line.value("kind", "");
+  const long long element = line.contains("track") ? -1 : ElementOf(line);
+  const std::string message = line.value("message", "");
+  const int side = message.rfind("its sound", 0) == 0 ? 1 : 0;
+  if (line["status"] == "refused") {
+    // Drawn at the element that fails, and explained at the value to change:
+    // the places of a refusal are tested on their own.
+    if (line.contains("element")) {
+      flagged.insert(flagged.end(), {{"refused", -2, 0}, {"refused", -2, 1}});
+    }
+  } else if (kind == "overlap" || kind == "zero-length-part") {
+    flagged.emplace_back(kind == "overlap" ? "overlap" : "zero", element, side);
+  } else if (kind == "negative-duration") {
+    for (const int negativeSide : {0, 1}) {
+      if (line["numbers"][negativeSide == 0 ? "picture" : "sound"].get<long long>() < 0) {
+        flagged.emplace_back("negative", element, negativeSide);
+      }
+    }
+  } else if (kind == "empty-aux-item") {
+    flagged.emplace_back("auxZero", -1, 1);
+  }
+}
+
+// What the SVG and the page data draw: the marks of the picture, made once for both.
+std::vector<Flagged> DrawnFlags(const std::string& path) {
+  namespace Conversion = Kov::Replivo::Tollan::TimelineEngineConversion;
+  const auto document = TimelineConvert::ReadPlaylistDocument(tool_testing::ReadFile(path));
+  const auto outcome =
+      TimelineConvert::ConvertDocument(document, Conversion::TimelineConverter::FromTrackItems);
+  const auto picture = TimelineConvert::MakePicture(
+      document, outcome, TimelineConvert::FindFindings(document, outcome));
+  std::vector<Flagged> flagged;
+  for (const auto& row : picture.view.rows) {
+    for (const auto& mark : row.marks) {
+      const auto& item = picture.view.items[mark.item];
+      long long element = item.element ? static_cast<long long>(*item.element) : -3;
+      if (mark.kind == TimelineConvert::MarkKind::Refused) {
+        element = -2;
+      } else if (item.aux) {
+        element = -1;
+      }
+      for (const auto& named : TimelineConvert::kNamedFlags) {
+        if (named.flag != TimelineConvert::kSpeedChanged && (mark.flags & named.flag) != 0) {
+          flagged.emplace_back(named.name, element, row.sound ? 1 : 0);
+        }
+      }
+    }
+  }
+  std::sort(flagged.begin(), flagged.end());
+  return flagged;
+}
+
 // check --errors json: one object per finding on standard output, the refusal
 // on standard error.
-std::vector<Named> FromCheck(const std::string& input, std::string& firstBlockingOtio) {
+std::vector<Named> FromCheck(const std::string& input, std::string& firstBlockingOtio,
+                             std::vector<Flagged>& flagged) {
   const auto run = RunTool("check --errors json " + input);
   std::vector<Named> named;
   for (const auto* stream : {&run.out, &run.err}) {
@@ -43,6 +108,7 @@ std::vector<Named> FromCheck(const std::string& input, std::string& firstBlockin
          start = end + 1, end = stream->find('\n', start)) {
       const Json line = Json::parse(stream->substr(start, end - start));
       const bool refused = line["status"] == "refused";
+      AddFlagged(line, flagged);
       named.emplace_back(refused ? "refused" : line["kind"].get<std::string>(),
                          refused ? -1 : ElementOf(line));
       if (!refused && line["severity"] == "blocks-otio" && firstBlockingOtio.empty()) {
@@ -106,6 +172,7 @@ TEST(Agreement, EveryOutputNamesTheSameFindingsAtTheSamePlaces) {
       "tests/tools/documents/check-transition-outside-material.json",
       "tests/tools/documents/check-recorded-ranges.json",
       "tests/tools/documents/check-negative-playlist-duration.json",
+      "tests/tools/documents/check-negative-parts.json",
       "examples/refused.json",
       "examples/highlight.json",
   };
@@ -113,7 +180,10 @@ TEST(Agreement, EveryOutputNamesTheSameFindingsAtTheSamePlaces) {
     SCOPED_TRACE(document);
     const std::string input = "'" + SourcePath(document) + "'";
     std::string blockingOtio;
-    const auto checked = Sorted(FromCheck(input, blockingOtio));
+    std::vector<Flagged> reported;
+    const auto checked = Sorted(FromCheck(input, blockingOtio, reported));
+    std::sort(reported.begin(), reported.end());
+    EXPECT_EQ(DrawnFlags(SourcePath(document)), reported);
     EXPECT_EQ(Sorted(FromPageData(input)), checked);
     EXPECT_EQ(Sorted(FromSvg(input)), checked);
     const bool refused = std::count_if(checked.begin(), checked.end(), [](const Named& named) {

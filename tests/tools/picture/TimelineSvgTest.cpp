@@ -154,52 +154,16 @@ TEST(TimelineSvg, RefusedPlaylistIsDrawnUpToTheRefusedElement) {
   }
 }
 
-// Each row breaks the plain run of 100-frame items in one way.
-TEST(TimelineSvg, FlagsWhatNeedsASecondLook) {
-  const struct {
-    const char* name;
-    std::int64_t secondLength;
-    std::int64_t thirdStartShift;
-    bool aux;
-    std::vector<std::string> expected;
-  } cases[] = {
-      {"negative length",
-       -40,
-       0,
-       false,
-       {"class=\"picture problem negative\"", ">#2 -40f! A1 CLIP<"}},
-      {"no timeline frames", 0, 0, false, {"class=\"marker\"", ">#2 0f!<"}},
-      {"overlap without transition", 100, -30, false, {">#3 overlap! A1 CLIP<"}},
-      {"aux item of 0 frames", 100, 0, true, {">aux item 0 frames: open-ended<"}},
-  };
-  for (const auto& row : cases) {
-    SCOPED_TRACE(row.name);
-    PictureLabels labels;
-    auto timeline = TimelineOfLengths({100, 100, 100}, labels);
-    auto& items = timeline.tracks[0].items;
-    auto& second = static_cast<Engine::MediaSummaryItem&>(*items[1]);
-    second.timelineVideoDuration = second.timelineAudioDuration = row.secondLength;
-    auto& third = static_cast<Engine::MediaSummaryItem&>(*items[2]);
-    third.timelineVideoIn = third.timelineAudioIn = 200 + row.thirdStartShift;
-    if (row.aux) {
-      auto aux = std::make_shared<Engine::MediaSummaryItem>("aux-item");
-      timeline.tracks.push_back(Engine::Track{"aux-track", 1, {aux}});
-      labels.auxTrack = 1;
-      labels.auxReason = "0 frames: open-ended";
-    }
-    const auto svg = TimelineToSvg(timeline, kRate50, labels);
-    for (const auto& text : row.expected) {
-      EXPECT_NE(svg.find(text), std::string::npos) << text;
-    }
-  }
-}
-
-// The documents made to show one fault each, drawn from the document.
+// The documents made to show one fault each, drawn from the document: the
+// flags come from the findings, so only a whole run shows them.
 TEST(TimelineSvg, DedicatedDocumentsShowTheirFault) {
   const std::pair<const char*, const char*> cases[] = {
       {"check-negative-speed", ">#1 \xC3\x97-1 -100f! A1 CAM-1<"},
       {"check-negative-duration", ">#1 -50f! A1 CAM-1<"},
+      {"check-negative-duration", "class=\"picture problem negative\""},
+      {"check-zero-length-part", ">#2 0f!<"},
       {"check-overlap", ">#3 overlap! A1 CAM-1<"},
+      {"check-negative-parts", ">aux -100f! A2 VOICE-1<"},
       {"check-aux-open-end",
        ">aux item plays 0 frames: the asset&apos;s marked range (shortBounds) has an open end<"},
       {"check-aux-no-marked-range",
