@@ -7,6 +7,7 @@
 #include <limits>
 
 #include "analysis/FindingList.h"
+#include "analysis/ItemElements.h"
 #include "export/EdlExport.h"
 #include "export/EdlInput.h"
 
@@ -33,14 +34,15 @@ constexpr const char* kDurationNumbers[] = {"picture", "sound", nullptr};
 // for its identifier; variant 1 for a sound transition.
 void FindOtioBlocks(const PlaylistDocument& document, const Engine::Timeline& timeline,
                     FindingList& findings) {
-  const std::size_t elements = document.playlist.audioVideoTrack.elements.size();
-  std::size_t index = 0;
-  const auto& items = timeline.tracks.at(0).items;
+  ElementWalk walk(true, document.playlist.audioVideoTrack.elements.size());
+  const auto& items = timeline.tracks.at(kElementTrack).items;
   for (std::size_t position = 0; position < items.size(); ++position) {
     const auto& item = items[position];
-    if (index >= elements) {
+    const auto element = walk.Next(item.get());
+    if (!element) {
       break;
     }
+    const std::size_t index = *element;
     const auto type = item->GetType();
     if (type == Engine::FxVideoTransition || type == Engine::FxAudioTransition) {
       const auto& transition = static_cast<const Engine::FxTransitionItem&>(*item);
@@ -59,7 +61,6 @@ void FindOtioBlocks(const PlaylistDocument& document, const Engine::Timeline& ti
       findings.AtElement(index, FindingKind::NegativeDuration, kDurationNumbers,
                          {media.timelineVideoDuration, media.timelineAudioDuration});
     }
-    ++index;
   }
 }
 
@@ -80,9 +81,10 @@ void FindEdlBlocks(const PlaylistDocument& document, const Engine::Timeline& tim
     const FindingKind kind = EdlBlockingKind(side);
     FindEdlProblems(timeline, input, side, [&](const EdlProblem& problem) {
       const auto& place = problem.place;
-      const bool known = place.itemId.empty() || place.element || place.aux;
+      const bool hasItem = place.item != nullptr && !place.item->Id().Text().empty();
+      const bool known = !hasItem || place.element || place.aux;
       if (known && problem.detail.empty()) {
-        const std::int64_t theItem = place.itemId.empty() ? 0 : 1;
+        const std::int64_t theItem = hasItem ? 1 : 0;
         const auto variant = static_cast<std::uint8_t>(problem.kind);
         if (place.aux) {
           findings.InAuxTrack(
@@ -104,9 +106,9 @@ void FindEdlBlocks(const PlaylistDocument& document, const Engine::Timeline& tim
         at = DocumentPlace::Element(document, place.element->index);
       }
       const std::string text = problem.Text();
-      const std::string what = place.itemId.empty()         ? text
+      const std::string what = !hasItem                     ? text
                                : place.element || place.aux ? "the item " + text
-                                                            : "item " + place.itemId + " " + text;
+                                                            : "item " + place.ItemId() + " " + text;
       findings.Spelled(kind, std::move(at),
                        "the " + std::string(EdlSideName(side)) + " EDL cannot hold it: " + what,
                        {});

@@ -8,6 +8,7 @@
 
 #include "analysis/ExportFindings.h"
 #include "analysis/Findings.h"
+#include "analysis/ItemElements.h"
 #include "commands/Commands.h"
 #include "export/EdlExport.h"
 #include "export/EdlInput.h"
@@ -50,6 +51,22 @@ ExitStatus FinishReport(const CommandContext& context, const ExportReport& repor
                                : ExportReportText(report, context.document);
   const ExitStatus written = WriteResultTo(context, context.options.report, text);
   return written == ExitStatus::Done ? status : written;
+}
+
+// The element of the first item of the element track with identifier `id`.
+std::optional<std::size_t> ElementOfItem(const Kov::TimelineEngineModel::Timeline& timeline,
+                                         std::size_t elementCount, const std::string& id) {
+  if (id.empty() || timeline.tracks.size() <= kElementTrack) {
+    return std::nullopt;
+  }
+  ElementWalk walk(true, elementCount);
+  for (const auto& item : timeline.tracks[kElementTrack].items) {
+    const auto element = walk.Next(item.get());
+    if (item && item->Id().Text() == id) {
+      return element;
+    }
+  }
+  return std::nullopt;
 }
 
 ExportReportLine ReportLine(const EdlNote& note) {
@@ -139,22 +156,20 @@ ExitStatus RunOtio(const CommandContext& context, const Outcome& outcome, const 
     // at that item's element, like a finding.
     DocumentPlace place = refusal.Place();
     std::optional<std::size_t> element;
-    const auto known = options.elements.find(refusal.ItemId());
-    if (place.pointer.empty() && known != options.elements.end()) {
-      element = known->second.index;
+    if (place.pointer.empty()) {
+      element = ElementOfItem(outcome.timeline, options.elements.size(), refusal.ItemId());
+    }
+    if (element) {
       place = DocumentPlace::Element(context.document, *element);
     }
     context.report.Refused(context.inputName, Refusal{refusal.what(), place});
     report.lines.push_back({ExportReportLine::Kind::Refused, element, false, refusal.what()});
     return ExitStatus::Refused;
   }
-  const EdlExportInput input = EdlInputFromDocument(context.document);
   for (const auto& note : notes) {
-    ExportReportLine line{ExportReportLine::Kind::Approximated, std::nullopt,
-                          note.itemId == input.auxItemId, note.text};
-    const auto element = options.elements.find(note.itemId);
-    if (element != options.elements.end() && !line.aux) {
-      line.element = element->second.index;
+    ExportReportLine line{ExportReportLine::Kind::Approximated, std::nullopt, note.aux, note.text};
+    if (!note.aux) {
+      line.element = note.element;
     }
     report.lines.push_back(std::move(line));
   }

@@ -45,7 +45,9 @@ void SideWriter::Place(EdlEvent& event, const Engine::FxTransitionItem* incoming
   bool dissolve = false;
   if (incoming != nullptr) {
     const auto& effect = incoming->FxTransition();
-    const EdlPlace fxPlace = PlaceOf(*incoming, event.place.clip);
+    // The transition belongs to the element of the item it leads into.
+    EdlPlace fxPlace = event.place;
+    fxPlace.item = incoming;
     if (effect.duration == 0) {
       Approximate(fxPlace, "transition of no length left out.");
     } else if (effect.kind != kOverlappingKind) {

@@ -11,6 +11,7 @@
 #include <cstdlib>
 #include <numeric>
 
+#include "analysis/ItemElements.h"
 #include "export/EdlSideWriter.h"
 #include "export/EdlText.h"
 
@@ -71,14 +72,14 @@ EdlResult SideWriter::Write() {
   return result;
 }
 
-EdlPlace SideWriter::PlaceOf(const Engine::TrackItem& item, const std::string& clip) const {
+EdlPlace SideWriter::PlaceOf(const Engine::TrackItem& item, std::optional<std::uint32_t> element,
+                             const std::string& clip) const {
   EdlPlace place;
-  place.itemId = item.Id().Text();
-  const auto found = input_.elements.find(place.itemId);
-  if (found != input_.elements.end()) {
-    place.element = found->second;
+  place.item = &item;
+  if (element && *element < input_.elements.size()) {
+    place.element = input_.elements[*element];
   }
-  place.aux = !place.itemId.empty() && place.itemId == input_.auxItemId;
+  place.aux = traits_.track == kAuxTrack && input_.auxTrack;
   place.clip = clip;
   return place;
 }
@@ -104,14 +105,17 @@ void SideWriter::Approximate(const EdlPlace& place, std::string text) {
   approximations_.push_back({place, std::move(text)});
 }
 
-std::string SideWriter::ClipName(const std::string& assetId) const {
+const std::string& SideWriter::ClipName(const std::string& assetId) const {
   const auto found = input_.clipNames.find(assetId);
   return found == input_.clipNames.end() ? assetId : found->second;
 }
 
 void SideWriter::ReadTrack(const Engine::Track& track) {
   const Engine::FxTransitionItem* pending = nullptr;
+  std::optional<std::uint32_t> pendingElement;
+  ElementWalk walk(traits_.track == kElementTrack, input_.elements.size());
   for (const auto& item : track.items) {
+    const auto element = walk.Next(item.get());
     if (!item) {
       Problem({}, EdlProblemKind::EmptyItem);
       continue;
@@ -121,35 +125,38 @@ void SideWriter::ReadTrack(const Engine::Track& track) {
     const auto* media = dynamic_cast<const Engine::MediaSummaryItem*>(item.get());
     if (transition != nullptr && type == traits_.transitionType) {
       if (pending != nullptr) {
-        Problem(PlaceOf(*item), EdlProblemKind::TransitionAfterTransition, {},
+        Problem(PlaceOf(*item, element), EdlProblemKind::TransitionAfterTransition, {},
                 pending->Id().Text());
       }
       const auto& effect = transition->FxTransition();
       if (effect.offset < 0 || effect.duration < 0 || effect.offset > effect.duration) {
-        Problem(PlaceOf(*item), EdlProblemKind::NegativeTransition,
+        Problem(PlaceOf(*item, element), EdlProblemKind::NegativeTransition,
                 {effect.offset, effect.duration});
       }
       pending = transition;
+      pendingElement = element;
     } else if (transition != nullptr &&
                (type == Engine::FxVideoTransition || type == Engine::FxAudioTransition)) {
       continue;  // the other side's
     } else if (media == nullptr || type != Engine::MediaSummary) {
-      Problem(PlaceOf(*item), EdlProblemKind::UnknownType, {static_cast<std::int32_t>(type)});
+      Problem(PlaceOf(*item, element), EdlProblemKind::UnknownType,
+              {static_cast<std::int32_t>(type)});
     } else {
-      ReadMedia(*media, pending);
+      ReadMedia(*media, element, pending);
       pending = nullptr;
     }
   }
   if (pending != nullptr) {
-    Approximate(PlaceOf(*pending), "transition at the end of the track left out.");
+    Approximate(PlaceOf(*pending, pendingElement), "transition at the end of the track left out.");
   }
 }
 
 void SideWriter::ReadMedia(const Engine::MediaSummaryItem& item,
+                           std::optional<std::uint32_t> element,
                            const Engine::FxTransitionItem* incoming) {
   const Part part = PartOf(item, traits_.picture);
-  const std::string assetId = item.mediaId.Text();
-  const EdlPlace place = PlaceOf(item, ClipName(assetId));
+  const std::string& assetId = item.mediaId.Text();
+  const EdlPlace place = PlaceOf(item, element, ClipName(assetId));
   if (part.timelineDuration < 0 || part.mediaDuration < 0) {
     Problem(place, EdlProblemKind::NegativeLength,
             {part.timelineDuration, part.mediaDuration, traits_.picture ? 1 : 0});
@@ -161,7 +168,7 @@ void SideWriter::ReadMedia(const Engine::MediaSummaryItem& item,
                              " frames: no event.");
     }
     if (incoming != nullptr) {
-      Approximate(PlaceOf(*incoming, place.clip),
+      Approximate(PlaceOf(*incoming, element, place.clip),
                   "transition into an item without " + std::string(traits_.name) + " left out.");
     }
     return;
