@@ -87,6 +87,11 @@ EdlPlace SideWriter::PlaceOf(const Engine::TrackItem& item, std::optional<std::u
 void SideWriter::Problem(const EdlPlace& place, EdlProblemKind kind,
                          std::initializer_list<std::int64_t> values, std::string detail) {
   EdlProblem problem{place, kind, {}, std::move(detail)};
+  // A check leaves the clip of a media item's place unnamed until now.
+  const auto* media = dynamic_cast<const Engine::MediaSummaryItem*>(place.item);
+  if (problemsOnly_ && media != nullptr && media->GetType() == Engine::MediaSummary) {
+    problem.place.clip = ClipName(media->mediaId.Text());
+  }
   std::size_t at = 0;
   for (const std::int64_t value : values) {
     problem.values[at++] = value;
@@ -96,13 +101,6 @@ void SideWriter::Problem(const EdlPlace& place, EdlProblemKind kind,
     return;
   }
   problems_.push_back(std::move(problem));
-}
-
-void SideWriter::Approximate(const EdlPlace& place, std::string text) {
-  if (problemsOnly_) {
-    return;
-  }
-  approximations_.push_back({place, std::move(text)});
 }
 
 const std::string& SideWriter::ClipName(const std::string& assetId) const {
@@ -147,7 +145,8 @@ void SideWriter::ReadTrack(const Engine::Track& track) {
     }
   }
   if (pending != nullptr) {
-    Approximate(PlaceOf(*pending, pendingElement), "transition at the end of the track left out.");
+    Approximate(PlaceOf(*pending, pendingElement),
+                [&] { return "transition at the end of the track left out."; });
   }
 }
 
@@ -156,7 +155,8 @@ void SideWriter::ReadMedia(const Engine::MediaSummaryItem& item,
                            const Engine::FxTransitionItem* incoming) {
   const Part part = PartOf(item, traits_.picture);
   const std::string& assetId = item.mediaId.Text();
-  const EdlPlace place = PlaceOf(item, element, ClipName(assetId));
+  // A check names the clip only in a problem it reports (see Problem).
+  const EdlPlace place = PlaceOf(item, element, problemsOnly_ ? kNoClip : ClipName(assetId));
   if (part.timelineDuration < 0 || part.mediaDuration < 0) {
     Problem(place, EdlProblemKind::NegativeLength,
             {part.timelineDuration, part.mediaDuration, traits_.picture ? 1 : 0});
@@ -164,23 +164,28 @@ void SideWriter::ReadMedia(const Engine::MediaSummaryItem& item,
   }
   if (part.timelineDuration == 0) {
     if (part.mediaDuration > 0) {
-      Approximate(place, "plays " + Frames(part.mediaDuration) + " of media in no " + traits_.name +
-                             " frames: no event.");
+      Approximate(place, [&] {
+        return "plays " + Frames(part.mediaDuration) + " of media in no " + traits_.name +
+               " frames: no event.";
+      });
     }
     if (incoming != nullptr) {
-      Approximate(PlaceOf(*incoming, element, place.clip),
-                  "transition into an item without " + std::string(traits_.name) + " left out.");
+      Approximate(PlaceOf(*incoming, element, place.clip), [&] {
+        return "transition into an item without " + std::string(traits_.name) + " left out.";
+      });
     }
     return;
   }
   EdlEvent event;
   event.place = place;
-  event.clip = EdlSafeText(place.clip);
-  if (event.clip != place.clip) {
-    Approximate(place, "control characters of the clip name written as spaces.");
+  if (!problemsOnly_) {
+    event.clip = EdlSafeText(place.clip);
+    if (event.clip != place.clip) {
+      Approximate(place, [] { return "control characters of the clip name written as spaces."; });
+    }
+    event.reel = ReelOf(event.clip, place);
+    event.channel = traits_.picture ? "V" : SoundChannel(assetId, place);
   }
-  event.reel = ReelOf(event.clip, place);
-  event.channel = traits_.picture ? "V" : SoundChannel(assetId, place);
   event.mediaIn = part.mediaIn;
   event.mediaDuration = part.mediaDuration;
   event.recordIn = part.timelineIn;
@@ -224,6 +229,9 @@ void SideWriter::ReadSpeed(EdlEvent& event) {
     Problem(event.place, EdlProblemKind::Reverse, {numerator, denominator});
     return;
   }
+  if (problemsOnly_) {
+    return;  // the rest is the list's text
+  }
   const std::int64_t divisor = std::gcd(numerator, denominator);
   if (numerator == denominator && event.mediaDuration == event.timelineDuration) {
     return;
@@ -232,9 +240,11 @@ void SideWriter::ReadSpeed(EdlEvent& event) {
   event.speedDenominator = std::llabs(denominator / divisor);
   event.speedText = EdlSpeedText(event.speedNumerator, event.speedDenominator, base_);
   if (!event.speedText.exact) {
-    Approximate(event.place, "speed " + std::to_string(event.speedNumerator) + "/" +
-                                 std::to_string(event.speedDenominator) + " written as " +
-                                 event.speedText.text + " frames a second.");
+    Approximate(event.place, [&] {
+      return "speed " + std::to_string(event.speedNumerator) + "/" +
+             std::to_string(event.speedDenominator) + " written as " + event.speedText.text +
+             " frames a second.";
+    });
   }
 }
 
@@ -242,8 +252,10 @@ std::string SideWriter::ReelOf(const std::string& clip, const EdlPlace& place) {
   std::string reel = EdlReelName(clip);
   const auto [owner, added] = reelOwners_.emplace(reel, clip);
   if (!added && owner->second != clip && reelClashes_.insert(clip).second) {
-    Approximate(place, "reel " + reel + " also names clip " + owner->second +
-                           "; the clip name comment tells them apart.");
+    Approximate(place, [&] {
+      return "reel " + reel + " also names clip " + owner->second +
+             "; the clip name comment tells them apart.";
+    });
   }
   return reel;
 }
@@ -256,8 +268,10 @@ std::string SideWriter::SoundChannel(const std::string& assetId, const EdlPlace&
     return "A";
   }
   if (tracks > 2 && mergedSound_.insert(assetId).second) {
-    Approximate(place, std::to_string(tracks) +
-                           " sound tracks of the clip merged into the list's two channels AA.");
+    Approximate(place, [&] {
+      return std::to_string(tracks) +
+             " sound tracks of the clip merged into the list's two channels AA.";
+    });
   }
   return "AA";
 }

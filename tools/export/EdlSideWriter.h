@@ -26,6 +26,9 @@ namespace Engine = Kov::TimelineEngineModel;
 
 constexpr std::int32_t kOverlappingKind = 2;
 
+// The clip of a place whose clip is named later, or not at all.
+inline const std::string kNoClip;
+
 struct SideTraits {
   std::size_t track;
   bool picture;
@@ -57,7 +60,13 @@ class SideWriter {
                    const std::string& clip = "") const;
   void Problem(const EdlPlace& place, EdlProblemKind kind,
                std::initializer_list<std::int64_t> values = {}, std::string detail = "");
-  void Approximate(const EdlPlace& place, std::string text);
+  // Notes what `text()` says; a check writes no notes, so it never builds their text.
+  template <typename Text>
+  void Approximate(const EdlPlace& place, const Text& text) {
+    if (!problemsOnly_) {
+      approximations_.push_back({place, text()});
+    }
+  }
   void CheckTimecodes();
   void CheckTimecode(const EdlEvent& event);
   const std::string& ClipName(const std::string& assetId) const;
