@@ -4,6 +4,7 @@
 // track once.
 #include "analysis/ExportFindings.h"
 
+#include <algorithm>
 #include <limits>
 
 #include "analysis/FindingList.h"
@@ -73,11 +74,15 @@ EdlSide SideOf(FindingKind kind) {
 // A problem at an element or the aux clip is held as its kind (the variant)
 // and values, with values[3] 1 when the text says "the item"; one at an item
 // the document does not name, or that names another item, is held in words.
+// `only`: the sides to check, all that play when null.
 void FindEdlBlocks(const PlaylistDocument& document, const Engine::Timeline& timeline,
-                   FindingList& findings) {
+                   FindingList& findings, const std::vector<EdlSide>* only = nullptr) {
   const EdlExportInput input = EdlInputFromDocument(document);
   const std::size_t elements = document.playlist.audioVideoTrack.elements.size();
   for (const EdlSide side : EdlSidesOf(timeline)) {
+    if (only != nullptr && std::find(only->begin(), only->end(), side) == only->end()) {
+      continue;
+    }
     const FindingKind kind = EdlBlockingKind(side);
     FindEdlProblems(timeline, input, side, [&](const EdlProblem& problem) {
       const auto& place = problem.place;
@@ -160,6 +165,25 @@ void AddExportFindings(const PlaylistDocument& document, const Outcome& outcome,
   }
   FindOtioBlocks(document, outcome.timeline, findings);
   FindEdlBlocks(document, outcome.timeline, findings);
+}
+
+Findings OtioBlockingFindings(const PlaylistDocument& document, const Outcome& outcome) {
+  Findings found(document, outcome);
+  FindingList findings(found, document);
+  if (!outcome.refusal && !outcome.timeline.tracks.empty()) {
+    FindOtioBlocks(document, outcome.timeline, findings);
+  }
+  return found;
+}
+
+Findings EdlBlockingFindings(const PlaylistDocument& document, const Outcome& outcome,
+                             const std::vector<EdlSide>& sides) {
+  Findings found(document, outcome);
+  FindingList findings(found, document);
+  if (!outcome.refusal && !outcome.timeline.tracks.empty()) {
+    FindEdlBlocks(document, outcome.timeline, findings, &sides);
+  }
+  return found;
 }
 
 }  // namespace TimelineConvert

@@ -92,20 +92,17 @@ std::string ListPath(const CommandContext& context, EdlSide side, bool intoFolde
       .string();
 }
 
-ExitStatus RunEdl(const CommandContext& context, const Outcome& outcome, const Findings& findings,
-                  ExportReport& report) {
+ExitStatus RunEdl(const CommandContext& context, const Outcome& outcome, ExportReport& report) {
   std::vector<EdlSide> sides;
   if (!context.options.side.empty()) {
     sides.push_back(*EdlSideFromName(context.options.side));
   } else {
     sides = EdlSidesOf(outcome.timeline);
   }
-  for (const auto& finding : findings) {
-    for (const EdlSide side : sides) {
-      if (finding.kind == EdlBlockingKind(side)) {
-        return RefuseExport(context, "Cannot export to an EDL: ", findings.Words(finding), report);
-      }
-    }
+  const Findings blocks = EdlBlockingFindings(context.document, outcome, sides);
+  if (!blocks.empty()) {
+    return RefuseExport(context, "Cannot export to an EDL: ", blocks.Words(*blocks.begin()),
+                        report);
   }
   std::error_code error;
   const bool intoFolder = std::filesystem::is_directory(context.options.output, error);
@@ -137,17 +134,15 @@ ExitStatus RunEdl(const CommandContext& context, const Outcome& outcome, const F
   return ExitStatus::Done;
 }
 
-ExitStatus RunOtio(const CommandContext& context, const Outcome& outcome, const Findings& findings,
-                   ExportReport& report) {
+ExitStatus RunOtio(const CommandContext& context, const Outcome& outcome, ExportReport& report) {
+  const Findings findings = OtioBlockingFindings(context.document, outcome);
+  if (!findings.empty()) {
+    return RefuseExport(
+        context, "Cannot export to OpenTimelineIO: ", findings.Words(*findings.begin()), report);
+  }
   OtioExportOptions options = OtioOptionsFromDocument(context.document, outcome.mode);
   options.mediaUrl = context.options.mediaUrl;
   options.compact = context.options.compact;
-  for (const auto& finding : findings) {
-    if (finding.severity == Severity::BlocksOtio) {
-      return RefuseExport(context, "Cannot export to OpenTimelineIO: ", findings.Words(finding),
-                          report);
-    }
-  }
   std::vector<OtioNote> notes;
   try {
     CheckOtio(outcome, findings, options, &notes);
@@ -219,10 +214,9 @@ ExitStatus RunConvert(const CommandContext& context) {
       out << '\n';
     });
   }
-  const Findings findings = FindFindings(context.document, outcome);
   ExportReport report{format, context.inputName, {}};
-  const ExitStatus status = format == "edl" ? RunEdl(context, outcome, findings, report)
-                                            : RunOtio(context, outcome, findings, report);
+  const ExitStatus status =
+      format == "edl" ? RunEdl(context, outcome, report) : RunOtio(context, outcome, report);
   return FinishReport(context, report, status);
 }
 

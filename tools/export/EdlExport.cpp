@@ -87,11 +87,6 @@ EdlPlace SideWriter::PlaceOf(const Engine::TrackItem& item, std::optional<std::u
 void SideWriter::Problem(const EdlPlace& place, EdlProblemKind kind,
                          std::initializer_list<std::int64_t> values, std::string detail) {
   EdlProblem problem{place, kind, {}, std::move(detail)};
-  // A check leaves the clip of a media item's place unnamed until now.
-  const auto* media = dynamic_cast<const Engine::MediaSummaryItem*>(place.item);
-  if (problemsOnly_ && media != nullptr && media->GetType() == Engine::MediaSummary) {
-    problem.place.clip = ClipName(media->mediaId.Text());
-  }
   std::size_t at = 0;
   for (const std::int64_t value : values) {
     problem.values[at++] = value;
@@ -99,6 +94,11 @@ void SideWriter::Problem(const EdlPlace& place, EdlProblemKind kind,
   if (onProblem_ != nullptr) {
     (*onProblem_)(problem);
     return;
+  }
+  // A check leaves the clip of a media item's place unnamed until now.
+  const auto* media = dynamic_cast<const Engine::MediaSummaryItem*>(place.item);
+  if (problemsOnly_ && media != nullptr && media->GetType() == Engine::MediaSummary) {
+    problem.place.clip = ClipName(media->mediaId.Text());
   }
   problems_.push_back(std::move(problem));
 }

@@ -120,7 +120,8 @@ EdlResult TimelineToEdl(const Kov::TimelineEngineModel::Timeline& timeline,
                         const EdlExportInput& input, EdlSide side, bool problemsOnly = false);
 
 // The problems alone, handed to `found` one by one as they are met and kept
-// nowhere, for a check of a timeline of any length.
+// nowhere, for a check of a timeline of any length. Their places name no
+// clip: a finding names the element instead.
 void FindEdlProblems(const Kov::TimelineEngineModel::Timeline& timeline,
                      const EdlExportInput& input, EdlSide side,
                      const std::function<void(const EdlProblem&)>& found);
