@@ -13,6 +13,7 @@
 #include "export/EdlExport.h"
 #include "export/EdlInput.h"
 #include "export/EdlText.h"
+#include "export/OtioExport.h"
 #include "export/Timecode.h"
 
 namespace {
@@ -342,6 +343,27 @@ TEST(EdlExport, ShippedExampleMatchesGoldenAndEnginePlaces) {
             "overlap.\nsound\n~ element 2 (item 2, clip CAM-B-0032): transition of kind 1 (8 "
             "frames, 8 of them before the cut) written as a cut: a list's dissolve needs the items "
             "to overlap.\naux\n");
+}
+
+// An item's element follows from its place in the track, not its identifier:
+// of two elements of one number (so one identifier), the second keeps its own
+// item number in the list and its own index in the OpenTimelineIO clip.
+TEST(EdlExport, ElementsOfOneNumberKeepTheirOwnPlaces) {
+  std::string text = ReadFile(SourcePath("examples/highlight.json"));
+  const std::string third = "\"number\": 3, \"serverId\"";
+  text.replace(text.find(third), third.size(), "\"number\": 2, \"serverId\"");
+  const auto document = TimelineConvert::ReadPlaylistDocument(text);
+  const auto timeline =
+      Converter::ToTimeline(document.playlist, Converter::FromTrackItems, document.assets);
+  const auto list =
+      TimelineToEdl(timeline, TimelineConvert::EdlInputFromDocument(document), EdlSide::Picture);
+  EXPECT_NE(list.text.find("* FROM CLIP NAME:  CAM-SSM-001\n* ELEMENT 2 ITEM 3 SPEED 1/2\n"),
+            std::string::npos)
+      << list.text;
+  auto options = TimelineConvert::OtioOptionsFromDocument(document, Converter::FromTrackItems);
+  options.compact = true;
+  const std::string otio = TimelineConvert::TimelineToOtioText(timeline, options);
+  EXPECT_NE(otio.find("\"element\":2,\"itemNumber\":3,\"index\":2,"), std::string::npos);
 }
 
 }  // namespace
