@@ -11,20 +11,13 @@
 #include "analysis/ItemElements.h"
 #include "export/EdlExport.h"
 #include "export/EdlInput.h"
+#include "export/OtioExport.h"
 
 namespace TimelineConvert {
 
 namespace {
 
 namespace Engine = Kov::TimelineEngineModel;
-
-// Whether the effect reaches back before its cut or forward by less than nothing.
-bool NegativeAfterCut(const Engine::FxTransitionItem& item) {
-  const auto& effect = item.FxTransition();
-  std::int64_t afterCut = 0;
-  return effect.offset < 0 || __builtin_sub_overflow(effect.duration, effect.offset, &afterCut) ||
-         afterCut < 0;
-}
 
 constexpr const char* kTransitionNumbers[] = {"offset", "duration", nullptr};
 constexpr const char* kDurationNumbers[] = {"picture", "sound", nullptr};
@@ -47,7 +40,7 @@ void FindOtioBlocks(const PlaylistDocument& document, const Engine::Timeline& ti
     const auto type = item->GetType();
     if (type == Engine::FxVideoTransition || type == Engine::FxAudioTransition) {
       const auto& transition = static_cast<const Engine::FxTransitionItem&>(*item);
-      if (NegativeAfterCut(transition)) {
+      if (OtioCannotHoldTransition(transition)) {
         const auto& effect = transition.FxTransition();
         const bool audio = type == Engine::FxAudioTransition;
         findings.AtElement(index, FindingKind::TransitionNegativeLength, kTransitionNumbers,

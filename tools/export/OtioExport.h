@@ -40,6 +40,11 @@ class OtioExportRefusal : public std::runtime_error {
   std::string itemId_;
 };
 
+// Whether the transition reaches back before its cut or forward by less than
+// nothing, which the format's in and out offsets cannot say. The findings
+// judge it; the writer only asserts it.
+bool OtioCannotHoldTransition(const Kov::TimelineEngineModel::FxTransitionItem& item);
+
 struct OtioExportOptions {
   // The playlist's rate: every time of the document is in frames at it.
   Kov::TimePoints::Rate rate{50, 1};

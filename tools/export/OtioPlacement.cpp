@@ -205,11 +205,20 @@ void DocumentWriter::SideTrack(const Engine::Track& track, std::size_t index, Si
   json_.EndArray().Member("kind", traits.trackKind).EndObject();
 }
 
-void DocumentWriter::CheckTransition(const Engine::FxTransitionItem& item) {
+}  // namespace OtioWriting
+
+bool OtioCannotHoldTransition(const Kov::TimelineEngineModel::FxTransitionItem& item) {
   const auto& effect = item.FxTransition();
   std::int64_t afterCut = 0;
-  if (effect.offset < 0 || __builtin_sub_overflow(effect.duration, effect.offset, &afterCut) ||
-      afterCut < 0) {
+  return effect.offset < 0 || __builtin_sub_overflow(effect.duration, effect.offset, &afterCut) ||
+         afterCut < 0;
+}
+
+namespace OtioWriting {
+
+void DocumentWriter::CheckTransition(const Engine::FxTransitionItem& item) {
+  const auto& effect = item.FxTransition();
+  if (OtioCannotHoldTransition(item)) {
     Refuse("transition " + item.Id().Text() +
                " reaches a negative length before or after its cut (offset " +
                std::to_string(effect.offset) + ", duration " + std::to_string(effect.duration) +
