@@ -4,25 +4,20 @@
 // track once.
 #include "analysis/ExportFindings.h"
 
+#include <algorithm>
 #include <limits>
 
 #include "analysis/FindingList.h"
+#include "analysis/ItemElements.h"
 #include "export/EdlExport.h"
 #include "export/EdlInput.h"
+#include "export/OtioExport.h"
 
 namespace TimelineConvert {
 
 namespace {
 
 namespace Engine = Kov::TimelineEngineModel;
-
-// Whether the effect reaches back before its cut or forward by less than nothing.
-bool NegativeAfterCut(const Engine::FxTransitionItem& item) {
-  const auto& effect = item.FxTransition();
-  std::int64_t afterCut = 0;
-  return effect.offset < 0 || __builtin_sub_overflow(effect.duration, effect.offset, &afterCut) ||
-         afterCut < 0;
-}
 
 constexpr const char* kTransitionNumbers[] = {"offset", "duration", nullptr};
 constexpr const char* kDurationNumbers[] = {"picture", "sound", nullptr};
@@ -33,18 +28,19 @@ constexpr const char* kDurationNumbers[] = {"picture", "sound", nullptr};
 // for its identifier; variant 1 for a sound transition.
 void FindOtioBlocks(const PlaylistDocument& document, const Engine::Timeline& timeline,
                     FindingList& findings) {
-  const std::size_t elements = document.playlist.audioVideoTrack.elements.size();
-  std::size_t index = 0;
-  const auto& items = timeline.tracks.at(0).items;
+  ElementWalk walk(true, document.playlist.audioVideoTrack.elements.size());
+  const auto& items = timeline.tracks.at(kElementTrack).items;
   for (std::size_t position = 0; position < items.size(); ++position) {
     const auto& item = items[position];
-    if (index >= elements) {
+    const auto element = walk.Next(item.get());
+    if (!element) {
       break;
     }
+    const std::size_t index = *element;
     const auto type = item->GetType();
     if (type == Engine::FxVideoTransition || type == Engine::FxAudioTransition) {
       const auto& transition = static_cast<const Engine::FxTransitionItem&>(*item);
-      if (NegativeAfterCut(transition)) {
+      if (OtioCannotHoldTransition(transition)) {
         const auto& effect = transition.FxTransition();
         const bool audio = type == Engine::FxAudioTransition;
         findings.AtElement(index, FindingKind::TransitionNegativeLength, kTransitionNumbers,
@@ -59,7 +55,6 @@ void FindOtioBlocks(const PlaylistDocument& document, const Engine::Timeline& ti
       findings.AtElement(index, FindingKind::NegativeDuration, kDurationNumbers,
                          {media.timelineVideoDuration, media.timelineAudioDuration});
     }
-    ++index;
   }
 }
 
@@ -72,17 +67,22 @@ EdlSide SideOf(FindingKind kind) {
 // A problem at an element or the aux clip is held as its kind (the variant)
 // and values, with values[3] 1 when the text says "the item"; one at an item
 // the document does not name, or that names another item, is held in words.
+// `only`: the sides to check, all that play when null.
 void FindEdlBlocks(const PlaylistDocument& document, const Engine::Timeline& timeline,
-                   FindingList& findings) {
+                   FindingList& findings, const std::vector<EdlSide>* only = nullptr) {
   const EdlExportInput input = EdlInputFromDocument(document);
   const std::size_t elements = document.playlist.audioVideoTrack.elements.size();
   for (const EdlSide side : EdlSidesOf(timeline)) {
+    if (only != nullptr && std::find(only->begin(), only->end(), side) == only->end()) {
+      continue;
+    }
     const FindingKind kind = EdlBlockingKind(side);
     FindEdlProblems(timeline, input, side, [&](const EdlProblem& problem) {
       const auto& place = problem.place;
-      const bool known = place.itemId.empty() || place.element || place.aux;
+      const bool hasItem = place.item != nullptr && !place.item->Id().Text().empty();
+      const bool known = !hasItem || place.element || place.aux;
       if (known && problem.detail.empty()) {
-        const std::int64_t theItem = place.itemId.empty() ? 0 : 1;
+        const std::int64_t theItem = hasItem ? 1 : 0;
         const auto variant = static_cast<std::uint8_t>(problem.kind);
         if (place.aux) {
           findings.InAuxTrack(
@@ -104,9 +104,9 @@ void FindEdlBlocks(const PlaylistDocument& document, const Engine::Timeline& tim
         at = DocumentPlace::Element(document, place.element->index);
       }
       const std::string text = problem.Text();
-      const std::string what = place.itemId.empty()         ? text
+      const std::string what = !hasItem                     ? text
                                : place.element || place.aux ? "the item " + text
-                                                            : "item " + place.itemId + " " + text;
+                                                            : "item " + place.ItemId() + " " + text;
       findings.Spelled(kind, std::move(at),
                        "the " + std::string(EdlSideName(side)) + " EDL cannot hold it: " + what,
                        {});
@@ -158,6 +158,25 @@ void AddExportFindings(const PlaylistDocument& document, const Outcome& outcome,
   }
   FindOtioBlocks(document, outcome.timeline, findings);
   FindEdlBlocks(document, outcome.timeline, findings);
+}
+
+Findings OtioBlockingFindings(const PlaylistDocument& document, const Outcome& outcome) {
+  Findings found(document, outcome);
+  FindingList findings(found, document);
+  if (!outcome.refusal && !outcome.timeline.tracks.empty()) {
+    FindOtioBlocks(document, outcome.timeline, findings);
+  }
+  return found;
+}
+
+Findings EdlBlockingFindings(const PlaylistDocument& document, const Outcome& outcome,
+                             const std::vector<EdlSide>& sides) {
+  Findings found(document, outcome);
+  FindingList findings(found, document);
+  if (!outcome.refusal && !outcome.timeline.tracks.empty()) {
+    FindEdlBlocks(document, outcome.timeline, findings, &sides);
+  }
+  return found;
 }
 
 }  // namespace TimelineConvert

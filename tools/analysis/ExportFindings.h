@@ -28,4 +28,11 @@ FindingKind EdlBlockingKind(EdlSide side);
 void AddExportFindings(const PlaylistDocument& document, const Outcome& outcome,
                        FindingList& findings);
 
+// The findings that block one export alone, in the order FindFindings holds
+// them: what an export needs to refuse, without judging anything else. The
+// lists' are those of `sides` only.
+Findings OtioBlockingFindings(const PlaylistDocument& document, const Outcome& outcome);
+Findings EdlBlockingFindings(const PlaylistDocument& document, const Outcome& outcome,
+                             const std::vector<EdlSide>& sides);
+
 }  // namespace TimelineConvert

@@ -8,6 +8,7 @@
 
 #include "analysis/ExportFindings.h"
 #include "analysis/Findings.h"
+#include "analysis/ItemElements.h"
 #include "commands/Commands.h"
 #include "export/EdlExport.h"
 #include "export/EdlInput.h"
@@ -52,6 +53,22 @@ ExitStatus FinishReport(const CommandContext& context, const ExportReport& repor
   return written == ExitStatus::Done ? status : written;
 }
 
+// The element of the first item of the element track with identifier `id`.
+std::optional<std::size_t> ElementOfItem(const Kov::TimelineEngineModel::Timeline& timeline,
+                                         std::size_t elementCount, const std::string& id) {
+  if (id.empty() || timeline.tracks.size() <= kElementTrack) {
+    return std::nullopt;
+  }
+  ElementWalk walk(true, elementCount);
+  for (const auto& item : timeline.tracks[kElementTrack].items) {
+    const auto element = walk.Next(item.get());
+    if (item && item->Id().Text() == id) {
+      return element;
+    }
+  }
+  return std::nullopt;
+}
+
 ExportReportLine ReportLine(const EdlNote& note) {
   ExportReportLine line{ExportReportLine::Kind::Approximated, std::nullopt, note.place.aux,
                         note.text};
@@ -75,20 +92,17 @@ std::string ListPath(const CommandContext& context, EdlSide side, bool intoFolde
       .string();
 }
 
-ExitStatus RunEdl(const CommandContext& context, const Outcome& outcome, const Findings& findings,
-                  ExportReport& report) {
+ExitStatus RunEdl(const CommandContext& context, const Outcome& outcome, ExportReport& report) {
   std::vector<EdlSide> sides;
   if (!context.options.side.empty()) {
     sides.push_back(*EdlSideFromName(context.options.side));
   } else {
     sides = EdlSidesOf(outcome.timeline);
   }
-  for (const auto& finding : findings) {
-    for (const EdlSide side : sides) {
-      if (finding.kind == EdlBlockingKind(side)) {
-        return RefuseExport(context, "Cannot export to an EDL: ", findings.Words(finding), report);
-      }
-    }
+  const Findings blocks = EdlBlockingFindings(context.document, outcome, sides);
+  if (!blocks.empty()) {
+    return RefuseExport(context, "Cannot export to an EDL: ", blocks.Words(*blocks.begin()),
+                        report);
   }
   std::error_code error;
   const bool intoFolder = std::filesystem::is_directory(context.options.output, error);
@@ -120,17 +134,15 @@ ExitStatus RunEdl(const CommandContext& context, const Outcome& outcome, const F
   return ExitStatus::Done;
 }
 
-ExitStatus RunOtio(const CommandContext& context, const Outcome& outcome, const Findings& findings,
-                   ExportReport& report) {
+ExitStatus RunOtio(const CommandContext& context, const Outcome& outcome, ExportReport& report) {
+  const Findings findings = OtioBlockingFindings(context.document, outcome);
+  if (!findings.empty()) {
+    return RefuseExport(
+        context, "Cannot export to OpenTimelineIO: ", findings.Words(*findings.begin()), report);
+  }
   OtioExportOptions options = OtioOptionsFromDocument(context.document, outcome.mode);
   options.mediaUrl = context.options.mediaUrl;
   options.compact = context.options.compact;
-  for (const auto& finding : findings) {
-    if (finding.severity == Severity::BlocksOtio) {
-      return RefuseExport(context, "Cannot export to OpenTimelineIO: ", findings.Words(finding),
-                          report);
-    }
-  }
   std::vector<OtioNote> notes;
   try {
     CheckOtio(outcome, findings, options, &notes);
@@ -139,22 +151,20 @@ ExitStatus RunOtio(const CommandContext& context, const Outcome& outcome, const 
     // at that item's element, like a finding.
     DocumentPlace place = refusal.Place();
     std::optional<std::size_t> element;
-    const auto known = options.elements.find(refusal.ItemId());
-    if (place.pointer.empty() && known != options.elements.end()) {
-      element = known->second.index;
+    if (place.pointer.empty()) {
+      element = ElementOfItem(outcome.timeline, options.elements.size(), refusal.ItemId());
+    }
+    if (element) {
       place = DocumentPlace::Element(context.document, *element);
     }
     context.report.Refused(context.inputName, Refusal{refusal.what(), place});
     report.lines.push_back({ExportReportLine::Kind::Refused, element, false, refusal.what()});
     return ExitStatus::Refused;
   }
-  const EdlExportInput input = EdlInputFromDocument(context.document);
   for (const auto& note : notes) {
-    ExportReportLine line{ExportReportLine::Kind::Approximated, std::nullopt,
-                          note.itemId == input.auxItemId, note.text};
-    const auto element = options.elements.find(note.itemId);
-    if (element != options.elements.end() && !line.aux) {
-      line.element = element->second.index;
+    ExportReportLine line{ExportReportLine::Kind::Approximated, std::nullopt, note.aux, note.text};
+    if (!note.aux) {
+      line.element = note.element;
     }
     report.lines.push_back(std::move(line));
   }
@@ -204,10 +214,9 @@ ExitStatus RunConvert(const CommandContext& context) {
       out << '\n';
     });
   }
-  const Findings findings = FindFindings(context.document, outcome);
   ExportReport report{format, context.inputName, {}};
-  const ExitStatus status = format == "edl" ? RunEdl(context, outcome, findings, report)
-                                            : RunOtio(context, outcome, findings, report);
+  const ExitStatus status =
+      format == "edl" ? RunEdl(context, outcome, report) : RunOtio(context, outcome, report);
   return FinishReport(context, report, status);
 }
 

@@ -45,31 +45,40 @@ void SideWriter::Place(EdlEvent& event, const Engine::FxTransitionItem* incoming
   bool dissolve = false;
   if (incoming != nullptr) {
     const auto& effect = incoming->FxTransition();
-    const EdlPlace fxPlace = PlaceOf(*incoming, event.place.clip);
+    // The transition belongs to the element of the item it leads into.
+    EdlPlace fxPlace = event.place;
+    fxPlace.item = incoming;
     if (effect.duration == 0) {
-      Approximate(fxPlace, "transition of no length left out.");
+      Approximate(fxPlace, [&] { return "transition of no length left out."; });
     } else if (effect.kind != kOverlappingKind) {
-      Approximate(fxPlace, "transition of kind " + std::to_string(effect.kind) + " (" +
-                               Frames(effect.duration) + ", " + std::to_string(effect.offset) +
-                               " of them before the cut) written as a cut: a list's dissolve "
-                               "needs the items to overlap.");
+      Approximate(fxPlace, [&] {
+        return "transition of kind " + std::to_string(effect.kind) + " (" +
+               Frames(effect.duration) + ", " + std::to_string(effect.offset) +
+               " of them before the cut) written as a cut: a list's dissolve "
+               "needs the items to overlap.";
+      });
     } else if (overlap <= 0) {
       event.dissolveLength = std::min(effect.duration, event.timelineDuration);
       event.fromBlack = true;
       dissolve = true;
-      Approximate(fxPlace, "no item before it on this side: written as a dissolve from black of " +
-                               Frames(event.dissolveLength) + ".");
+      Approximate(fxPlace, [&] {
+        return "no item before it on this side: written as a dissolve from black of " +
+               Frames(event.dissolveLength) + ".";
+      });
     } else {
       event.dissolveLength = overlap;
       dissolve = true;
       if (overlap > 999) {
-        Approximate(fxPlace, "dissolve of " + Frames(overlap) +
-                                 " written with more than the format's three digits.");
+        Approximate(fxPlace, [&] {
+          return "dissolve of " + Frames(overlap) +
+                 " written with more than the format's three digits.";
+        });
       }
       if (overlap != effect.duration) {
-        Approximate(fxPlace, "transition of " + Frames(effect.duration) +
-                                 " written as a dissolve of the " + Frames(overlap) +
-                                 " the items overlap.");
+        Approximate(fxPlace, [&] {
+          return "transition of " + Frames(effect.duration) + " written as a dissolve of the " +
+                 Frames(overlap) + " the items overlap.";
+        });
       }
     }
   }
@@ -107,10 +116,11 @@ void SideWriter::ShortenBeforeDissolve(EdlEvent& previous, std::int64_t recordOu
   const std::int64_t rounded = whole + (2 * rest >= length ? 1 : 0);
   if (rest != 0) {
     const std::int64_t divisor = std::gcd(rest, length);
-    Approximate(previous.place,
-                "source OUT at the dissolve " + std::to_string(whole) + " " +
-                    std::to_string(rest / divisor) + "/" + std::to_string(length / divisor) +
-                    " media frames after its IN, written as " + std::to_string(rounded) + ".");
+    Approximate(previous.place, [&] {
+      return "source OUT at the dissolve " + std::to_string(whole) + " " +
+             std::to_string(rest / divisor) + "/" + std::to_string(length / divisor) +
+             " media frames after its IN, written as " + std::to_string(rounded) + ".";
+    });
   }
   previous.recordOut = recordOut;
   previous.sourceOut = previous.sourceIn + rounded;

@@ -11,6 +11,7 @@
 #include <cstdlib>
 #include <numeric>
 
+#include "analysis/ItemElements.h"
 #include "export/EdlSideWriter.h"
 #include "export/EdlText.h"
 
@@ -71,14 +72,14 @@ EdlResult SideWriter::Write() {
   return result;
 }
 
-EdlPlace SideWriter::PlaceOf(const Engine::TrackItem& item, const std::string& clip) const {
+EdlPlace SideWriter::PlaceOf(const Engine::TrackItem& item, std::optional<std::uint32_t> element,
+                             const std::string& clip) const {
   EdlPlace place;
-  place.itemId = item.Id().Text();
-  const auto found = input_.elements.find(place.itemId);
-  if (found != input_.elements.end()) {
-    place.element = found->second;
+  place.item = &item;
+  if (element && *element < input_.elements.size()) {
+    place.element = input_.elements[*element];
   }
-  place.aux = !place.itemId.empty() && place.itemId == input_.auxItemId;
+  place.aux = traits_.track == kAuxTrack && input_.auxTrack;
   place.clip = clip;
   return place;
 }
@@ -94,24 +95,25 @@ void SideWriter::Problem(const EdlPlace& place, EdlProblemKind kind,
     (*onProblem_)(problem);
     return;
   }
+  // A check leaves the clip of a media item's place unnamed until now.
+  const auto* media = dynamic_cast<const Engine::MediaSummaryItem*>(place.item);
+  if (problemsOnly_ && media != nullptr && media->GetType() == Engine::MediaSummary) {
+    problem.place.clip = ClipName(media->mediaId.Text());
+  }
   problems_.push_back(std::move(problem));
 }
 
-void SideWriter::Approximate(const EdlPlace& place, std::string text) {
-  if (problemsOnly_) {
-    return;
-  }
-  approximations_.push_back({place, std::move(text)});
-}
-
-std::string SideWriter::ClipName(const std::string& assetId) const {
+const std::string& SideWriter::ClipName(const std::string& assetId) const {
   const auto found = input_.clipNames.find(assetId);
   return found == input_.clipNames.end() ? assetId : found->second;
 }
 
 void SideWriter::ReadTrack(const Engine::Track& track) {
   const Engine::FxTransitionItem* pending = nullptr;
+  std::optional<std::uint32_t> pendingElement;
+  ElementWalk walk(traits_.track == kElementTrack, input_.elements.size());
   for (const auto& item : track.items) {
+    const auto element = walk.Next(item.get());
     if (!item) {
       Problem({}, EdlProblemKind::EmptyItem);
       continue;
@@ -121,35 +123,40 @@ void SideWriter::ReadTrack(const Engine::Track& track) {
     const auto* media = dynamic_cast<const Engine::MediaSummaryItem*>(item.get());
     if (transition != nullptr && type == traits_.transitionType) {
       if (pending != nullptr) {
-        Problem(PlaceOf(*item), EdlProblemKind::TransitionAfterTransition, {},
+        Problem(PlaceOf(*item, element), EdlProblemKind::TransitionAfterTransition, {},
                 pending->Id().Text());
       }
       const auto& effect = transition->FxTransition();
       if (effect.offset < 0 || effect.duration < 0 || effect.offset > effect.duration) {
-        Problem(PlaceOf(*item), EdlProblemKind::NegativeTransition,
+        Problem(PlaceOf(*item, element), EdlProblemKind::NegativeTransition,
                 {effect.offset, effect.duration});
       }
       pending = transition;
+      pendingElement = element;
     } else if (transition != nullptr &&
                (type == Engine::FxVideoTransition || type == Engine::FxAudioTransition)) {
       continue;  // the other side's
     } else if (media == nullptr || type != Engine::MediaSummary) {
-      Problem(PlaceOf(*item), EdlProblemKind::UnknownType, {static_cast<std::int32_t>(type)});
+      Problem(PlaceOf(*item, element), EdlProblemKind::UnknownType,
+              {static_cast<std::int32_t>(type)});
     } else {
-      ReadMedia(*media, pending);
+      ReadMedia(*media, element, pending);
       pending = nullptr;
     }
   }
   if (pending != nullptr) {
-    Approximate(PlaceOf(*pending), "transition at the end of the track left out.");
+    Approximate(PlaceOf(*pending, pendingElement),
+                [&] { return "transition at the end of the track left out."; });
   }
 }
 
 void SideWriter::ReadMedia(const Engine::MediaSummaryItem& item,
+                           std::optional<std::uint32_t> element,
                            const Engine::FxTransitionItem* incoming) {
   const Part part = PartOf(item, traits_.picture);
-  const std::string assetId = item.mediaId.Text();
-  const EdlPlace place = PlaceOf(item, ClipName(assetId));
+  const std::string& assetId = item.mediaId.Text();
+  // A check names the clip only in a problem it reports (see Problem).
+  const EdlPlace place = PlaceOf(item, element, problemsOnly_ ? kNoClip : ClipName(assetId));
   if (part.timelineDuration < 0 || part.mediaDuration < 0) {
     Problem(place, EdlProblemKind::NegativeLength,
             {part.timelineDuration, part.mediaDuration, traits_.picture ? 1 : 0});
@@ -157,23 +164,28 @@ void SideWriter::ReadMedia(const Engine::MediaSummaryItem& item,
   }
   if (part.timelineDuration == 0) {
     if (part.mediaDuration > 0) {
-      Approximate(place, "plays " + Frames(part.mediaDuration) + " of media in no " + traits_.name +
-                             " frames: no event.");
+      Approximate(place, [&] {
+        return "plays " + Frames(part.mediaDuration) + " of media in no " + traits_.name +
+               " frames: no event.";
+      });
     }
     if (incoming != nullptr) {
-      Approximate(PlaceOf(*incoming, place.clip),
-                  "transition into an item without " + std::string(traits_.name) + " left out.");
+      Approximate(PlaceOf(*incoming, element, place.clip), [&] {
+        return "transition into an item without " + std::string(traits_.name) + " left out.";
+      });
     }
     return;
   }
   EdlEvent event;
   event.place = place;
-  event.clip = EdlSafeText(place.clip);
-  if (event.clip != place.clip) {
-    Approximate(place, "control characters of the clip name written as spaces.");
+  if (!problemsOnly_) {
+    event.clip = EdlSafeText(place.clip);
+    if (event.clip != place.clip) {
+      Approximate(place, [] { return "control characters of the clip name written as spaces."; });
+    }
+    event.reel = ReelOf(event.clip, place);
+    event.channel = traits_.picture ? "V" : SoundChannel(assetId, place);
   }
-  event.reel = ReelOf(event.clip, place);
-  event.channel = traits_.picture ? "V" : SoundChannel(assetId, place);
   event.mediaIn = part.mediaIn;
   event.mediaDuration = part.mediaDuration;
   event.recordIn = part.timelineIn;
@@ -217,6 +229,9 @@ void SideWriter::ReadSpeed(EdlEvent& event) {
     Problem(event.place, EdlProblemKind::Reverse, {numerator, denominator});
     return;
   }
+  if (problemsOnly_) {
+    return;  // the rest is the list's text
+  }
   const std::int64_t divisor = std::gcd(numerator, denominator);
   if (numerator == denominator && event.mediaDuration == event.timelineDuration) {
     return;
@@ -225,9 +240,11 @@ void SideWriter::ReadSpeed(EdlEvent& event) {
   event.speedDenominator = std::llabs(denominator / divisor);
   event.speedText = EdlSpeedText(event.speedNumerator, event.speedDenominator, base_);
   if (!event.speedText.exact) {
-    Approximate(event.place, "speed " + std::to_string(event.speedNumerator) + "/" +
-                                 std::to_string(event.speedDenominator) + " written as " +
-                                 event.speedText.text + " frames a second.");
+    Approximate(event.place, [&] {
+      return "speed " + std::to_string(event.speedNumerator) + "/" +
+             std::to_string(event.speedDenominator) + " written as " + event.speedText.text +
+             " frames a second.";
+    });
   }
 }
 
@@ -235,8 +252,10 @@ std::string SideWriter::ReelOf(const std::string& clip, const EdlPlace& place) {
   std::string reel = EdlReelName(clip);
   const auto [owner, added] = reelOwners_.emplace(reel, clip);
   if (!added && owner->second != clip && reelClashes_.insert(clip).second) {
-    Approximate(place, "reel " + reel + " also names clip " + owner->second +
-                           "; the clip name comment tells them apart.");
+    Approximate(place, [&] {
+      return "reel " + reel + " also names clip " + owner->second +
+             "; the clip name comment tells them apart.";
+    });
   }
   return reel;
 }
@@ -249,8 +268,10 @@ std::string SideWriter::SoundChannel(const std::string& assetId, const EdlPlace&
     return "A";
   }
   if (tracks > 2 && mergedSound_.insert(assetId).second) {
-    Approximate(place, std::to_string(tracks) +
-                           " sound tracks of the clip merged into the list's two channels AA.");
+    Approximate(place, [&] {
+      return std::to_string(tracks) +
+             " sound tracks of the clip merged into the list's two channels AA.";
+    });
   }
   return "AA";
 }

@@ -14,7 +14,6 @@
 #include <map>
 #include <optional>
 #include <string>
-#include <unordered_map>
 #include <vector>
 
 namespace TimelineConvert {
@@ -37,12 +36,13 @@ struct EdlExportInput {
   // Clip names by asset identifier; an asset without one is named by its
   // identifier.
   std::map<std::string, std::string> clipNames;
-  // Elements by engine item identifier (media and transition items). An item
-  // missing here is named by its identifier and its speed is read from its
-  // media and timeline lengths.
-  std::unordered_map<std::string, EdlElement> elements;
-  // The aux clip's engine item, named as the aux clip.
-  std::string auxItemId;
+  // The document's elements in order. An item's element follows from its
+  // place in the element track (analysis/ItemElements.h); an item beyond
+  // them is named by its identifier and its speed is read from its media and
+  // timeline lengths.
+  std::vector<EdlElement> elements;
+  // Whether the aux track holds the aux clip's item, named as the aux clip.
+  bool auxTrack = false;
 };
 
 // The picture and the sound of the main track, the sound of the aux track.
@@ -53,13 +53,16 @@ std::optional<EdlSide> EdlSideFromName(const std::string& name);
 
 // An engine item, as the messages name it.
 struct EdlPlace {
-  std::string itemId;
+  // Null for a problem of the whole list or an empty item.
+  const Kov::TimelineEngineModel::TrackItem* item = nullptr;
   std::optional<EdlElement> element;
   bool aux = false;
   std::string clip;
   // "element 3 (item 3, clip CAM-A)", "the aux clip (clip CAM-A)", or
   // "item <id> (clip CAM-A)".
   std::string Text() const;
+  // The item's identifier; empty without an item.
+  std::string ItemId() const;
 };
 
 struct EdlNote {
@@ -117,7 +120,8 @@ EdlResult TimelineToEdl(const Kov::TimelineEngineModel::Timeline& timeline,
                         const EdlExportInput& input, EdlSide side, bool problemsOnly = false);
 
 // The problems alone, handed to `found` one by one as they are met and kept
-// nowhere, for a check of a timeline of any length.
+// nowhere, for a check of a timeline of any length. Their places name no
+// clip: a finding names the element instead.
 void FindEdlProblems(const Kov::TimelineEngineModel::Timeline& timeline,
                      const EdlExportInput& input, EdlSide side,
                      const std::function<void(const EdlProblem&)>& found);

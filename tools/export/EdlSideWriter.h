@@ -9,8 +9,10 @@
 #include <functional>
 #include <initializer_list>
 #include <map>
+#include <optional>
 #include <set>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <vector>
 
@@ -23,6 +25,9 @@ namespace EdlWriting {
 namespace Engine = Kov::TimelineEngineModel;
 
 constexpr std::int32_t kOverlappingKind = 2;
+
+// The clip of a place whose clip is named later, or not at all.
+inline const std::string kNoClip;
 
 struct SideTraits {
   std::size_t track;
@@ -50,15 +55,24 @@ class SideWriter {
   EdlResult Write();
 
  private:
-  EdlPlace PlaceOf(const Engine::TrackItem& item, const std::string& clip = "") const;
+  // `element`: the item's element by its place in the track.
+  EdlPlace PlaceOf(const Engine::TrackItem& item, std::optional<std::uint32_t> element,
+                   const std::string& clip = "") const;
   void Problem(const EdlPlace& place, EdlProblemKind kind,
                std::initializer_list<std::int64_t> values = {}, std::string detail = "");
-  void Approximate(const EdlPlace& place, std::string text);
+  // Notes what `text()` says; a check writes no notes, so it never builds their text.
+  template <typename Text>
+  void Approximate(const EdlPlace& place, const Text& text) {
+    if (!problemsOnly_) {
+      approximations_.push_back({place, text()});
+    }
+  }
   void CheckTimecodes();
   void CheckTimecode(const EdlEvent& event);
-  std::string ClipName(const std::string& assetId) const;
+  const std::string& ClipName(const std::string& assetId) const;
   void ReadTrack(const Engine::Track& track);
-  void ReadMedia(const Engine::MediaSummaryItem& item, const Engine::FxTransitionItem* incoming);
+  void ReadMedia(const Engine::MediaSummaryItem& item, std::optional<std::uint32_t> element,
+                 const Engine::FxTransitionItem* incoming);
   void ReadSpeed(EdlEvent& event);
   void Place(EdlEvent& event, const Engine::FxTransitionItem* incoming);
   void ShortenBeforeDissolve(EdlEvent& previous, std::int64_t recordOut);
@@ -71,7 +85,8 @@ class SideWriter {
   SideTraits traits_;
   TimecodeBase base_;
   bool problemsOnly_;
-  std::unordered_map<std::string, const Engine::MediaInfo*> mediaInfos_;
+  // Keyed by views of the timeline's own identifier texts: nothing copied.
+  std::unordered_map<std::string_view, const Engine::MediaInfo*> mediaInfos_;
   std::vector<EdlEvent> events_;
   const std::function<void(const EdlProblem&)>* onProblem_;
   std::vector<EdlProblem> problems_;

@@ -51,7 +51,7 @@ std::string SpeedLine(const EdlEvent& event, const TimecodeBase& base) {
 // rounds it.
 std::string ElementComment(const EdlEvent& event) {
   const EdlPlace& place = event.place;
-  std::string comment = "* ENGINE ITEM " + place.itemId;
+  std::string comment = "* ENGINE ITEM " + place.ItemId();
   if (place.aux) {
     comment = "* AUX CLIP";
   } else if (place.element) {
@@ -127,10 +127,14 @@ std::string EdlPlace::Text() const {
   if (aux) {
     return "the aux clip" + (clipText.empty() ? "" : " (" + clipText + ")");
   }
-  if (itemId.empty()) {
+  if (item == nullptr || item->Id().Text().empty()) {
     return "the list";
   }
-  return "item " + itemId + (clipText.empty() ? "" : " (" + clipText + ")");
+  return "item " + item->Id().Text() + (clipText.empty() ? "" : " (" + clipText + ")");
+}
+
+std::string EdlPlace::ItemId() const {
+  return item == nullptr ? std::string() : item->Id().Text();
 }
 
 // Sound tracks of an asset by its description ("V+M+M" has two).

@@ -11,6 +11,7 @@
 #include <optional>
 #include <ostream>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <vector>
 
@@ -89,18 +90,21 @@ class DocumentWriter {
                   std::int64_t duration);
   void EndItemFields();
   void Gap(std::int64_t duration);
-  void Approximate(const std::string& itemId, std::string text);
+  // `element`: the item's element by its place in the track.
+  void Approximate(const std::string& itemId, std::optional<std::uint32_t> element,
+                   std::string text);
   static std::optional<std::int64_t> SideEnd(const Engine::Track& track, Side side);
   void SideTrack(const Engine::Track& track, std::size_t index, Side side);
   static void CheckTransition(const Engine::FxTransitionItem& item);
   void TransitionFields(const Engine::FxTransitionItem& item);
   void Transition(const Engine::FxTransitionItem& item);
   Fraction SpeedOf(const Part& part, const EdlElement* element) const;
-  void Clip(const Engine::MediaSummaryItem& item, Side side, const Part& part, std::int64_t overlap,
-            const Engine::FxTransitionItem* leftOut);
+  void Clip(const Engine::MediaSummaryItem& item, std::optional<std::uint32_t> element, Side side,
+            const Part& part, std::int64_t overlap, const Engine::FxTransitionItem* leftOut);
   static std::string ExactText(const Fraction& value);
-  void CheckWarpedMedia(const std::string& id, const std::string& mediaId, const Fraction& start,
-                        std::int64_t duration, const Fraction& speed);
+  void CheckWarpedMedia(const std::string& id, std::optional<std::uint32_t> element,
+                        const std::string& mediaId, const Fraction& start, std::int64_t duration,
+                        const Fraction& speed);
   void Reference(const Kov::BusinessEntityModel::BaseTypes::Identifier& mediaId,
                  const std::string& clipName);
 
@@ -112,7 +116,10 @@ class DocumentWriter {
   JsonText json_;
   double rate_;
   std::int64_t length_ = 0;
-  std::unordered_map<std::string, const Engine::MediaInfo*> mediaInfos_;
+  // Whether the track being written holds the aux clip's item.
+  bool aux_ = false;
+  // Keyed by views of the timeline's own identifier texts: nothing copied.
+  std::unordered_map<std::string_view, const Engine::MediaInfo*> mediaInfos_;
 };
 
 }  // namespace OtioWriting

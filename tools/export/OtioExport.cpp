@@ -88,9 +88,10 @@ void DocumentWriter::Drain(std::size_t atLeast) {
   }
 }
 
-void DocumentWriter::Approximate(const std::string& itemId, std::string text) {
+void DocumentWriter::Approximate(const std::string& itemId, std::optional<std::uint32_t> element,
+                                 std::string text) {
   if (approximations_ != nullptr) {
-    approximations_->push_back({itemId, std::move(text)});
+    approximations_->push_back({itemId, std::move(text), element, aux_});
   }
 }
 
@@ -114,6 +115,7 @@ OtioExportOptions OtioOptionsFromDocument(const PlaylistDocument& document,
   EdlExportInput input = EdlInputFromDocument(document);
   options.assetNames = std::move(input.clipNames);
   options.elements = std::move(input.elements);
+  options.auxTrack = input.auxTrack;
   return options;
 }
 

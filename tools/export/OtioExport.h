@@ -9,10 +9,10 @@
 #include <TimelineEngineConversion/TimelineEngineConversion.h>
 
 #include <map>
+#include <optional>
 #include <ostream>
 #include <stdexcept>
 #include <string>
-#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -40,6 +40,11 @@ class OtioExportRefusal : public std::runtime_error {
   std::string itemId_;
 };
 
+// Whether the transition reaches back before its cut or forward by less than
+// nothing, which the format's in and out offsets cannot say. The findings
+// judge it; the writer only asserts it.
+bool OtioCannotHoldTransition(const Kov::TimelineEngineModel::FxTransitionItem& item);
+
 struct OtioExportOptions {
   // The playlist's rate: every time of the document is in frames at it.
   Kov::TimePoints::Rate rate{50, 1};
@@ -50,9 +55,13 @@ struct OtioExportOptions {
   // Clip names by asset identifier; a clip whose asset has none is named by
   // the identifier itself.
   std::map<std::string, std::string> assetNames;
-  // Elements by engine item identifier: numbers for the clips' metadata and
-  // the speed in force. An item missing here takes its speed from its lengths.
-  std::unordered_map<std::string, EdlElement> elements;
+  // The document's elements in order: numbers for the clips' metadata and the
+  // speed in force. An item's element follows from its place in the element
+  // track (analysis/ItemElements.h); an item beyond them takes its speed from
+  // its lengths.
+  std::vector<EdlElement> elements;
+  // Whether the aux track holds the aux clip's item.
+  bool auxTrack = false;
   // Where the media files are: "{clip}" and "{asset}" are replaced by the
   // clip name and the asset identifier. Empty: a MissingReference.
   std::string mediaUrl;
@@ -64,6 +73,9 @@ struct OtioExportOptions {
 struct OtioNote {
   std::string itemId;
   std::string text;
+  // The item's element (by its place), or whether it is the aux clip's item.
+  std::optional<std::size_t> element;
+  bool aux = false;
 };
 
 // The rate of the document's playlist, its clip id as the timeline's name and

@@ -93,12 +93,14 @@ void DocumentWriter::Transition(const Engine::FxTransitionItem& item) {
 
 // The overlap of an incoming overlapping transition is cut from the front
 // of the clip: those media frames become the transition's handle.
-void DocumentWriter::Clip(const Engine::MediaSummaryItem& item, Side side, const Part& part,
+void DocumentWriter::Clip(const Engine::MediaSummaryItem& item,
+                          std::optional<std::uint32_t> elementIndex, Side side, const Part& part,
                           std::int64_t overlap, const Engine::FxTransitionItem* leftOut) {
-  const std::string id = item.Id().Text();
-  const std::string mediaId = item.mediaId.Text();
-  const auto found = options_.elements.find(id);
-  const EdlElement* element = found == options_.elements.end() ? nullptr : &found->second;
+  const std::string& id = item.Id().Text();
+  const std::string& mediaId = item.mediaId.Text();
+  const EdlElement* element = elementIndex && *elementIndex < options_.elements.size()
+                                  ? &options_.elements[*elementIndex]
+                                  : nullptr;
   const bool warped = part.mediaDuration != part.timelineDuration;
   const Fraction speed = warped ? SpeedOf(part, element) : Fraction{};
   // The media start after the overlap, exactly: mediaIn + overlap * speed.
@@ -130,8 +132,9 @@ void DocumentWriter::Clip(const Engine::MediaSummaryItem& item, Side side, const
   }
   if (start.denominator != 1) {
     json_.Member("sourceStart", ExactText(start));
-    Approximate(id, std::string(TraitsOf(side).name) + " source start " + ExactText(start) +
-                        " rounded to frame " + std::to_string(startFrame));
+    Approximate(id, elementIndex,
+                std::string(TraitsOf(side).name) + " source start " + ExactText(start) +
+                    " rounded to frame " + std::to_string(startFrame));
   }
   if (leftOut != nullptr) {
     json_.Key("transition").BeginObject();
@@ -149,7 +152,7 @@ void DocumentWriter::Clip(const Engine::MediaSummaryItem& item, Side side, const
     json_.Member("speed", speed.Text()).EndObject().EndObject();
     json_.Member("name", "speed").Member("effect_name", "LinearTimeWarp");
     json_.Key("enabled").Bool(true).Key("time_scalar").Real(scalar).EndObject();
-    CheckWarpedMedia(id, mediaId, start, duration, speed);
+    CheckWarpedMedia(id, elementIndex, mediaId, start, duration, speed);
   }
   json_.EndArray();
   EndItemFields();

@@ -8,6 +8,7 @@
 #include <numeric>
 #include <optional>
 
+#include "analysis/ItemElements.h"
 #include "export/OtioDocumentWriter.h"
 
 namespace TimelineConvert {
@@ -104,7 +105,11 @@ void DocumentWriter::SideTrack(const Engine::Track& track, std::size_t index, Si
   std::int64_t trackEnd = 0;
   // The transition waiting for the next media item.
   const Engine::FxTransitionItem* pending = nullptr;
+  std::optional<std::uint32_t> pendingElement;
+  ElementWalk walk(index == kElementTrack, options_.elements.size());
+  aux_ = index == kAuxTrack && options_.auxTrack;
   for (const auto& item : track.items) {
+    const auto element = walk.Next(item.get());
     if (!item) {
       Refuse("engine " + trackName + " holds an empty item.");
     }
@@ -120,6 +125,7 @@ void DocumentWriter::SideTrack(const Engine::Track& track, std::size_t index, Si
       }
       CheckTransition(*transition);
       pending = transition;
+      pendingElement = element;
       continue;
     }
     if (transition != nullptr &&
@@ -177,14 +183,14 @@ void DocumentWriter::SideTrack(const Engine::Track& track, std::size_t index, Si
     const Engine::FxTransitionItem* leftOut = nullptr;
     if (pending != nullptr && pending->FxTransition().duration == 0) {
       leftOut = pending;
-      Approximate(pending->Id().Text(),
+      Approximate(pending->Id().Text(), pendingElement,
                   "transition of no length left out; its fields are in "
                   "the metadata of the clip after it");
     } else if (pending != nullptr) {
       Transition(*pending);
     }
     pending = nullptr;
-    Clip(*media, side, part, overlap, leftOut);
+    Clip(*media, element, side, part, overlap, leftOut);
     Drain(kBlockSize);
     trackEnd = end;
   }
@@ -199,11 +205,20 @@ void DocumentWriter::SideTrack(const Engine::Track& track, std::size_t index, Si
   json_.EndArray().Member("kind", traits.trackKind).EndObject();
 }
 
-void DocumentWriter::CheckTransition(const Engine::FxTransitionItem& item) {
+}  // namespace OtioWriting
+
+bool OtioCannotHoldTransition(const Kov::TimelineEngineModel::FxTransitionItem& item) {
   const auto& effect = item.FxTransition();
   std::int64_t afterCut = 0;
-  if (effect.offset < 0 || __builtin_sub_overflow(effect.duration, effect.offset, &afterCut) ||
-      afterCut < 0) {
+  return effect.offset < 0 || __builtin_sub_overflow(effect.duration, effect.offset, &afterCut) ||
+         afterCut < 0;
+}
+
+namespace OtioWriting {
+
+void DocumentWriter::CheckTransition(const Engine::FxTransitionItem& item) {
+  const auto& effect = item.FxTransition();
+  if (OtioCannotHoldTransition(item)) {
     Refuse("transition " + item.Id().Text() +
                " reaches a negative length before or after its cut (offset " +
                std::to_string(effect.offset) + ", duration " + std::to_string(effect.duration) +
@@ -224,9 +239,9 @@ Fraction DocumentWriter::SpeedOf(const Part& part, const EdlElement* element) co
 
 // A warped clip consumes duration * speed media frames from its start; a
 // reader that follows the time warp must find them in the media.
-void DocumentWriter::CheckWarpedMedia(const std::string& id, const std::string& mediaId,
-                                      const Fraction& start, std::int64_t duration,
-                                      const Fraction& speed) {
+void DocumentWriter::CheckWarpedMedia(const std::string& id, std::optional<std::uint32_t> element,
+                                      const std::string& mediaId, const Fraction& start,
+                                      std::int64_t duration, const Fraction& speed) {
   const auto found = mediaInfos_.find(mediaId);
   if (found == mediaInfos_.end() || found->second->duration <= 0) {
     return;
@@ -238,10 +253,11 @@ void DocumentWriter::CheckWarpedMedia(const std::string& id, const std::string& 
   const auto& info = *found->second;
   const double limitEnd = static_cast<double>(info.limitIn) + static_cast<double>(info.duration);
   if (first < static_cast<double>(info.limitIn) || last > limitEnd + 1e-9) {
-    Approximate(id, "the time-warped clip consumes media frames " + std::to_string(first) + " to " +
-                        std::to_string(last) + ", outside the available range " +
-                        std::to_string(info.limitIn) + " to " +
-                        std::to_string(info.limitIn + info.duration));
+    Approximate(id, element,
+                "the time-warped clip consumes media frames " + std::to_string(first) + " to " +
+                    std::to_string(last) + ", outside the available range " +
+                    std::to_string(info.limitIn) + " to " +
+                    std::to_string(info.limitIn + info.duration));
   }
 }
 

@@ -90,7 +90,7 @@ PictureLabels LabelsFromDocument(const PlaylistDocument& document, bool playlist
   // The elements' items are the first track; the aux clip's, when there is
   // one, the second.
   if (playlist.auxTrackUmId != Data::Clips::UmId::Empty()) {
-    labels.auxTrack = 1;
+    labels.auxTrack = kAuxTrack;
   }
   labels.durationMode = playlistDuration ? "playlist (the playlist's own duration)"
                                          : "items (the timeline ends with its last media item)";
@@ -319,19 +319,13 @@ TimelineView MakeTimelineView(const Engine::Timeline& timeline, const PictureLab
   for (std::size_t track = 0; track < timeline.tracks.size(); ++track) {
     const auto trackIndex = static_cast<std::uint32_t>(track);
     const Engine::MediaSummaryItem* previous = nullptr;
-    // The element of the next media item and of the transitions before it.
-    std::uint32_t nextElement = 0;
-    const bool elementTrack = track == labels.elementTrack;
+    ElementWalk elements(track == labels.elementTrack, labels.elements.size());
     const bool auxTrack = labels.auxTrack && track == *labels.auxTrack;
     for (const auto& item : timeline.tracks[track].items) {
-      std::optional<std::uint32_t> element;
-      if (elementTrack && nextElement < labels.elements.size()) {
-        element = nextElement;
-      }
+      const std::optional<std::uint32_t> element = elements.Next(item.get());
       if (const auto* media = dynamic_cast<const Engine::MediaSummaryItem*>(item.get())) {
         builder.AddMedia(trackIndex, *media, element, auxTrack, &ends[2 * track]);
         previous = media;
-        ++nextElement;
       } else if (const auto* fx = dynamic_cast<const Engine::FxTransitionItem*>(item.get())) {
         builder.AddTransition(trackIndex, *fx, element, previous);
       }

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "analysis/Findings.h"
+#include "analysis/ItemElements.h"
 #include "analysis/Outcome.h"
 #include "document/PlaylistDocument.h"
 
@@ -50,7 +51,7 @@ struct PictureLabels {
   // order, each element's transitions just before its media item, so an
   // item's element follows from its position in the track: nothing is looked
   // up by identifier text.
-  std::size_t elementTrack = 0;
+  std::size_t elementTrack = kElementTrack;
   std::optional<std::size_t> auxTrack;
   // "items" or "playlist", with what it means.
   std::string durationMode;

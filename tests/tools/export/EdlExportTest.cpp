@@ -13,6 +13,7 @@
 #include "export/EdlExport.h"
 #include "export/EdlInput.h"
 #include "export/EdlText.h"
+#include "export/OtioExport.h"
 #include "export/Timecode.h"
 
 namespace {
@@ -40,12 +41,27 @@ std::string Listing(const TimelineConvert::EdlResult& result) {
   return listing;
 }
 
-TimelineConvert::EdlExportInput SmallInput() {
+// Elements in the order of the track's media items, as the conversion lays
+// them out: clip a is element 1 (item 11), clip b element 2 (item 12) at
+// speed 1/2; the first item of another clip and those after it have none.
+TimelineConvert::EdlExportInput SmallInput(const Items& items = {}) {
   TimelineConvert::EdlExportInput input;
   input.rate = {25, 1};
   input.title = "T";
   input.clipNames = {{"a", "CAM-A"}, {"b", "CAM-B"}};
-  input.elements = {{"a", {1, 11, 1, 1}}, {"b", {2, 12, 1, 2}}};
+  for (const auto& item : items) {
+    const auto* media = dynamic_cast<const Engine::MediaSummaryItem*>(item.get());
+    if (media == nullptr) {
+      continue;
+    }
+    const std::string& clip = media->mediaId.Text();
+    if (clip != "a" && clip != "b") {
+      break;
+    }
+    input.elements.push_back(clip == "a" ? TimelineConvert::EdlElement{1, 11, 1, 1}
+                                         : TimelineConvert::EdlElement{2, 12, 1, 2});
+    input.elements.back().index = input.elements.size() - 1;
+  }
   return input;
 }
 
@@ -124,7 +140,7 @@ TEST(EdlExport, WritesEachRuleOrNamesTheProblem) {
        "002  c        V     C        00:00:00:08 00:00:00:08 00:00:01:00 00:00:01:00\n"
        "002  CAMA     V     D    005 00:00:02:00 00:00:06:00 00:00:01:00 00:00:05:00\n"
        "M2   c              008.3                00:00:00:00\n"
-       "* FROM CLIP NAME:  c\n* TO CLIP NAME:  CAM-A\n* ELEMENT 1 ITEM 11\n"
+       "* FROM CLIP NAME:  c\n* TO CLIP NAME:  CAM-A\n* ENGINE ITEM a\n"
        "~ item c (clip c): speed 1/3 written as 008.3 frames a second.\n"
        "~ item t (clip CAM-A): transition of 10 frames written as a dissolve of the 5 frames "
        "the items overlap.\n"
@@ -138,9 +154,10 @@ TEST(EdlExport, WritesEachRuleOrNamesTheProblem) {
               "* FROM CLIP NAME:  CAM-B\n* ELEMENT 2 ITEM 12 SPEED 1/2\n"
               "003  CAMA     V     C        00:00:00:00 00:00:00:10 00:00:06:00 00:00:06:10\n"
               "* FROM CLIP NAME:  CAM-A\n* ELEMENT 1 ITEM 11\n"
-              "~ item w (clip CAM-B): transition of kind 1 (12 frames, 6 of them before the cut) "
+              "~ element 2 (item 12, clip CAM-B): transition of kind 1 (12 frames, 6 of them "
+              "before the cut) "
               "written as a cut: a list's dissolve needs the items to overlap.\n"
-              "~ item z (clip CAM-A): transition of no length left out.\n"},
+              "~ element 1 (item 11, clip CAM-A): transition of no length left out.\n"},
       // Each dissolve ends the event before it; one may start where the
       // previous dissolve ends.
       {"FromBlackAndChained",
@@ -157,9 +174,10 @@ TEST(EdlExport, WritesEachRuleOrNamesTheProblem) {
        "003  CAMA     V     D    040 00:00:00:00 00:00:01:15 00:00:04:00 00:00:05:15\n"
        "M2   CAMB           012.5                00:00:00:20\n"
        "* FROM CLIP NAME:  CAM-B\n* TO CLIP NAME:  CAM-A\n* ELEMENT 1 ITEM 11\n"
-       "~ item t (clip CAM-A): no item before it on this side: written as a dissolve from "
-       "black of 10 frames.\n"
-       "~ item v (clip CAM-A): transition of 10 frames written as a dissolve of the 40 frames "
+       "~ element 1 (item 11, clip CAM-A): no item before it on this side: written as a "
+       "dissolve from black of 10 frames.\n"
+       "~ element 1 (item 11, clip CAM-A): transition of 10 frames written as a dissolve of the 40 "
+       "frames "
        "the items overlap.\n"
        "~ item w: transition at the end of the track left out.\n"},
       {"Negative",
@@ -174,8 +192,8 @@ TEST(EdlExport, WritesEachRuleOrNamesTheProblem) {
        {a, dissolve, Media("b", 90, 50, 0, 25), Fx("u", 2, 10, 10), Media("a", 95, 50, 0, 50)},
        "! element 1 (item 11, clip CAM-A): overlaps the item before it by 45 frames, more than "
        "one item at a time.\n"
-       "~ item u (clip CAM-A): transition of 10 frames written as a dissolve of the 45 frames "
-       "the items overlap.\n"},
+       "~ element 1 (item 11, clip CAM-A): transition of 10 frames written as a dissolve of "
+       "the 45 frames the items overlap.\n"},
       {"Beyond64Bits",
        {Media("a", INT64_MAX, 10, 0, 10)},
        "! element 1 (item 11, clip CAM-A): has frame numbers beyond the 64-bit range.\n"},
@@ -196,10 +214,10 @@ TEST(EdlExport, WritesEachRuleOrNamesTheProblem) {
     SCOPED_TRACE(name);
     Engine::Timeline timeline;
     timeline.tracks.push_back({"T1", 1, items});
-    const auto full = TimelineToEdl(timeline, SmallInput(), EdlSide::Picture);
+    const auto full = TimelineToEdl(timeline, SmallInput(items), EdlSide::Picture);
     EXPECT_EQ(Listing(full), expected);
     // A check finds the same problems, in any order, and writes nothing else.
-    const auto checked = TimelineToEdl(timeline, SmallInput(), EdlSide::Picture, true);
+    const auto checked = TimelineToEdl(timeline, SmallInput(items), EdlSide::Picture, true);
     const auto texts = [](const TimelineConvert::EdlResult& result) {
       std::multiset<std::string> problems;
       for (const auto& problem : result.problems) {
@@ -219,7 +237,6 @@ TEST(EdlExport, HeaderChannelsAndSides) {
   timeline.mediaInfos = {{"a", 0, 100, "V+M+M+M"}, {"b", 0, 100, "V+M+M"}};
   auto input = SmallInput();
   input.rate = {30000, 1001};
-  input.elements.clear();
   const auto sides = TimelineConvert::EdlSidesOf(timeline);
   EXPECT_EQ(sides, (std::vector<EdlSide>{EdlSide::Sound, EdlSide::Aux}));
   EXPECT_EQ(TimelineToEdl(timeline, input, EdlSide::Sound).text,
@@ -326,6 +343,27 @@ TEST(EdlExport, ShippedExampleMatchesGoldenAndEnginePlaces) {
             "overlap.\nsound\n~ element 2 (item 2, clip CAM-B-0032): transition of kind 1 (8 "
             "frames, 8 of them before the cut) written as a cut: a list's dissolve needs the items "
             "to overlap.\naux\n");
+}
+
+// An item's element follows from its place in the track, not its identifier:
+// of two elements of one number (so one identifier), the second keeps its own
+// item number in the list and its own index in the OpenTimelineIO clip.
+TEST(EdlExport, ElementsOfOneNumberKeepTheirOwnPlaces) {
+  std::string text = ReadFile(SourcePath("examples/highlight.json"));
+  const std::string third = "\"number\": 3, \"serverId\"";
+  text.replace(text.find(third), third.size(), "\"number\": 2, \"serverId\"");
+  const auto document = TimelineConvert::ReadPlaylistDocument(text);
+  const auto timeline =
+      Converter::ToTimeline(document.playlist, Converter::FromTrackItems, document.assets);
+  const auto list =
+      TimelineToEdl(timeline, TimelineConvert::EdlInputFromDocument(document), EdlSide::Picture);
+  EXPECT_NE(list.text.find("* FROM CLIP NAME:  CAM-SSM-001\n* ELEMENT 2 ITEM 3 SPEED 1/2\n"),
+            std::string::npos)
+      << list.text;
+  auto options = TimelineConvert::OtioOptionsFromDocument(document, Converter::FromTrackItems);
+  options.compact = true;
+  const std::string otio = TimelineConvert::TimelineToOtioText(timeline, options);
+  EXPECT_NE(otio.find("\"element\":2,\"itemNumber\":3,\"index\":2,"), std::string::npos);
 }
 
 }  // namespace

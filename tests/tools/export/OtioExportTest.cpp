@@ -204,7 +204,9 @@ TEST(OtioExport, WholeFramesExactSpeedsPaddedTracksAndReferences) {
     TimelineConvert::OtioExportOptions options;
     options.assetNames = {{"a", "CAM"}};
     options.mediaUrl = test.mediaUrl;
-    options.elements = {{"c", {2, 2, 3, 2, 1}}};
+    if (test.items == threeHalves) {
+      options.elements = {{1, 1, 1, 1, 0}, {2, 2, 3, 2, 1}};  // elements by place: a, c
+    }
     std::vector<TimelineConvert::OtioNote> notes;
     const Json otio = Json::parse(TimelineConvert::TimelineToOtioText(timeline, options, &notes));
     std::string actual;

@@ -1,0 +1,47 @@
+// ItemElements: which element of the document an engine item comes from. The
+// conversion lays the elements' items out in element order in the first
+// track, each element's transitions just before its media item, and the aux
+// clip's item in the second; so an item's element follows from its place in
+// its track and nothing is looked up by identifier text.
+#pragma once
+
+#include <TimelineEngineConversion/TimelineEngineConversion.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+
+namespace TimelineConvert {
+
+// The track that holds the elements' items, and the one that holds the aux
+// clip's item when the playlist has one.
+constexpr std::size_t kElementTrack = 0;
+constexpr std::size_t kAuxTrack = 1;
+
+// Walks one track's items in order and names the element of each.
+class ElementWalk {
+ public:
+  // The walk of a track of a playlist of `elementCount` elements; only the
+  // element track's items have an element.
+  ElementWalk(bool elementTrack, std::size_t elementCount)
+      : count_(elementTrack ? elementCount : 0) {}
+
+  // The element of the next item (null for an empty item), or nothing past
+  // the last element; a media item moves the walk on to the next element.
+  std::optional<std::uint32_t> Next(const Kov::TimelineEngineModel::TrackItem* item) {
+    std::optional<std::uint32_t> element;
+    if (next_ < count_) {
+      element = static_cast<std::uint32_t>(next_);
+    }
+    if (dynamic_cast<const Kov::TimelineEngineModel::MediaSummaryItem*>(item) != nullptr) {
+      ++next_;
+    }
+    return element;
+  }
+
+ private:
+  std::size_t count_;
+  std::size_t next_ = 0;
+};
+
+}  // namespace TimelineConvert
