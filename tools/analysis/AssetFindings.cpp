@@ -73,18 +73,6 @@ void CheckAuxItem(FindingList& findings, const Engine::Timeline& timeline) {
   }
   const auto& item =
       static_cast<const Engine::MediaSummaryItem&>(*timeline.tracks.back().items.front());
-  if (item.timelineAudioDuration < 0) {
-    // A reversed marked range: the aux item lasts less than nothing, which no
-    // interchange format holds; the main track's items say so alike.
-    Finding negative;
-    negative.values[0] = item.timelineVideoDuration;
-    negative.values[1] = item.timelineAudioDuration;
-    std::string message;
-    NegativeDurationMessage(message, negative, FindingSource{document, timeline});
-    findings.Spelled(
-        FindingKind::NegativeDuration, DocumentPlace::AuxTrack(document), std::move(message),
-        {{"picture", item.timelineVideoDuration}, {"sound", item.timelineAudioDuration}});
-  }
   if (item.timelineAudioDuration != 0) {
     return;
   }

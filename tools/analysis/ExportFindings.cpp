@@ -22,6 +22,30 @@ namespace Engine = Kov::TimelineEngineModel;
 constexpr const char* kTransitionNumbers[] = {"offset", "duration", nullptr};
 constexpr const char* kDurationNumbers[] = {"picture", "sound", nullptr};
 
+// A reversed marked range: the aux item lasts less than nothing, which no
+// interchange format holds, as the main track's items say alike. One item at
+// most: held in words.
+void FindNegativeAuxItem(FindingList& findings, const Engine::Timeline& timeline) {
+  const auto& document = findings.Document();
+  if (document.playlist.auxTrackUmId == Kov::Replivo::Data::Clips::UmId::Empty() ||
+      timeline.tracks.size() <= kAuxTrack || timeline.tracks[kAuxTrack].items.empty()) {
+    return;
+  }
+  const auto& item =
+      static_cast<const Engine::MediaSummaryItem&>(*timeline.tracks[kAuxTrack].items.front());
+  if (item.timelineAudioDuration >= 0) {
+    return;
+  }
+  Finding negative;
+  negative.values[0] = item.timelineVideoDuration;
+  negative.values[1] = item.timelineAudioDuration;
+  std::string message;
+  NegativeDurationMessage(message, negative, FindingSource{document, timeline});
+  findings.Spelled(
+      FindingKind::NegativeDuration, DocumentPlace::AuxTrack(document), std::move(message),
+      {{"picture", item.timelineVideoDuration}, {"sound", item.timelineAudioDuration}});
+}
+
 // A transition must reach forward from its cut and back to it, and a media
 // item must not last less than nothing: the engine plays both, no interchange
 // format holds them. A transition's finding keeps its position in the track,
@@ -56,6 +80,7 @@ void FindOtioBlocks(const PlaylistDocument& document, const Engine::Timeline& ti
                          {media.timelineVideoDuration, media.timelineAudioDuration});
     }
   }
+  FindNegativeAuxItem(findings, timeline);
 }
 
 EdlSide SideOf(FindingKind kind) {
