@@ -289,8 +289,11 @@ struct ViewBuilder {
 
 }  // namespace
 
-TimelineView MakeTimelineView(const Engine::Timeline& timeline, const PictureLabels& labels) {
-  ViewBuilder builder{labels, ProblemFlags(labels.findings, labels.elements.size()), {}, {}, {}};
+namespace {
+
+TimelineView ViewWithFlags(const Engine::Timeline& timeline, const PictureLabels& labels,
+                           ProblemFlags flags) {
+  ViewBuilder builder{labels, std::move(flags), {}, {}, {}};
   for (std::size_t index = 0; index < labels.assets.size(); ++index) {
     builder.assetIndex.emplace(labels.assets[index].first, static_cast<int>(index));
   }
@@ -355,12 +358,23 @@ TimelineView MakeTimelineView(const Engine::Timeline& timeline, const PictureLab
   return std::move(builder.view);
 }
 
+}  // namespace
+
+TimelineView MakeTimelineView(const Engine::Timeline& timeline, const PictureLabels& labels) {
+  return ViewWithFlags(timeline, labels, ProblemFlags(labels.findings, labels.elements.size()));
+}
+
 Picture MakePicture(const PlaylistDocument& document, const Outcome& outcome, Findings findings) {
   Picture picture{outcome.timeline,
                   document.playlist.rate,
                   LabelsFromOutcome(document, outcome, std::move(findings)),
                   {}};
-  picture.view = MakeTimelineView(outcome.timeline, picture.labels);
+  // The flags are all the marks need of the findings; the writers name a
+  // bounded number of each kind, so the rest are let go before the view and
+  // the text are built.
+  ProblemFlags flags(picture.labels.findings, picture.labels.elements.size());
+  picture.labels.findings.KeepFirstOfEachKind(kShownFindingsPerKind);
+  picture.view = ViewWithFlags(outcome.timeline, picture.labels, std::move(flags));
   return picture;
 }
 
