@@ -365,15 +365,16 @@ TimelineView MakeTimelineView(const Engine::Timeline& timeline, const PictureLab
 }
 
 Picture MakePicture(const PlaylistDocument& document, const Outcome& outcome, Findings findings) {
+  // The flags are all the marks need of the findings, and the writers name a
+  // bounded number of each kind: the rest are let go before the labels, the
+  // view and the text are built. One flag pair per element of the document,
+  // as the labels hold them.
+  ProblemFlags flags(findings, document.playlist.audioVideoTrack.elements.size());
+  findings.KeepFirstOfEachKind(kShownFindingsPerKind);
   Picture picture{outcome.timeline,
                   document.playlist.rate,
                   LabelsFromOutcome(document, outcome, std::move(findings)),
                   {}};
-  // The flags are all the marks need of the findings; the writers name a
-  // bounded number of each kind, so the rest are let go before the view and
-  // the text are built.
-  ProblemFlags flags(picture.labels.findings, picture.labels.elements.size());
-  picture.labels.findings.KeepFirstOfEachKind(kShownFindingsPerKind);
   picture.view = ViewWithFlags(outcome.timeline, picture.labels, std::move(flags));
   return picture;
 }
