@@ -6,7 +6,7 @@
 // refuse from them, so all outputs name the same things at the same places.
 //
 // A long sequence can hold a finding on nearly every element, several times
-// over, so a finding is held as positions and values only (48 bytes, no
+// over, so a finding is held as positions and values only (56 bytes, no
 // heap): its place, message and numbers are put in words from the document
 // when an output shows it. A new kind of finding is its row in the table of
 // kinds in Findings.cpp (word, severity, the function that words it) and the
