@@ -5,6 +5,10 @@
 // items, so that they stay linear in the size of the playlist.
 #include "analysis/Findings.h"
 
+#if defined(__GLIBC__)
+#include <malloc.h>
+#endif
+
 #include "analysis/ExportFindings.h"
 #include "analysis/FindingList.h"
 
@@ -114,7 +118,35 @@ void Findings::Add(FindingKind kind, FindingWords words) {
   finding.subject = FindingSubject::Spelled;
   finding.index = static_cast<std::uint32_t>(spelled_.size());
   spelled_.push_back(std::move(words));
-  list_.push_back(finding);
+  Add(finding);
+}
+
+std::size_t Findings::CountAll() const {
+  std::size_t count = 0;
+  for (const std::size_t ofKind : kindCounts_) {
+    count += ofKind;
+  }
+  return count;
+}
+
+void Findings::KeepFirstOfEachKind(std::size_t perKind) {
+  {
+    std::size_t keptOfKind[kFindingKindCount] = {};
+    std::deque<Finding> kept;
+    for (const auto& finding : list_) {
+      if (++keptOfKind[static_cast<std::size_t>(finding.kind)] <= perKind) {
+        kept.push_back(finding);
+      }
+    }
+    // A cleared deque may keep its blocks; the swapped one gives them back here.
+    list_.swap(kept);
+  }
+  // The blocks lie among what is still held, where the allocator would keep
+  // them from the system; the text written next is allocated apart and would
+  // add to them.
+#if defined(__GLIBC__)
+  malloc_trim(0);
+#endif
 }
 
 DocumentPlace Findings::Place(const Finding& finding) const {

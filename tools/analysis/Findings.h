@@ -6,7 +6,7 @@
 // refuse from them, so all outputs name the same things at the same places.
 //
 // A long sequence can hold a finding on nearly every element, several times
-// over, so a finding is held as positions and values only (48 bytes, no
+// over, so a finding is held as positions and values only (56 bytes, no
 // heap): its place, message and numbers are put in words from the document
 // when an output shows it. A new kind of finding is its row in the table of
 // kinds in Findings.cpp (word, severity, the function that words it) and the
@@ -133,8 +133,26 @@ class Findings {
   std::size_t size() const { return list_.size(); }
   bool empty() const { return list_.empty(); }
 
-  void Add(const Finding& finding) { list_.push_back(finding); }
+  void Add(const Finding& finding) {
+    Count(finding);
+    list_.push_back(finding);
+  }
   void Add(FindingKind kind, FindingWords words);
+
+  // How many were found, of a kind, of a severity: all of them, also after
+  // KeepFirstOfEachKind.
+  std::size_t CountAll() const;
+  std::size_t CountOf(FindingKind kind) const {
+    return kindCounts_[static_cast<std::size_t>(kind)];
+  }
+  std::size_t CountOf(Severity severity) const {
+    return severityCounts_[static_cast<std::size_t>(severity)];
+  }
+
+  // Keeps only the first `perKind` findings of each kind, in their order, for
+  // an output that shows no more than that of a kind and counts the rest: a
+  // long sequence's million findings need not be held while it is written.
+  void KeepFirstOfEachKind(std::size_t perKind);
 
   FindingSource Source() const { return {*document_, *timeline_}; }
 
@@ -146,10 +164,17 @@ class Findings {
   FindingWords Words(const Finding& finding) const;
 
  private:
+  void Count(const Finding& finding) {
+    ++kindCounts_[static_cast<std::size_t>(finding.kind)];
+    ++severityCounts_[static_cast<std::size_t>(finding.severity)];
+  }
+
   const PlaylistDocument* document_ = nullptr;
   const Kov::TimelineEngineModel::Timeline* timeline_ = nullptr;
   std::deque<Finding> list_;
   std::vector<FindingWords> spelled_;
+  std::size_t kindCounts_[kFindingKindCount] = {};
+  std::size_t severityCounts_[static_cast<std::size_t>(Severity::Note) + 1] = {};
 };
 
 // The kind of a word; false for a word the table does not know.

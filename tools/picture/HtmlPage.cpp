@@ -23,7 +23,7 @@ namespace TimelineConvert {
 namespace {
 
 // The findings of one kind the page draws and lists; check --all lists every one.
-constexpr std::size_t kPageFindingsPerKind = 1000;
+constexpr std::size_t kPageFindingsPerKind = kShownFindingsPerKind;
 
 namespace Engine = Kov::TimelineEngineModel;
 namespace Conversion = Kov::Replivo::Tollan::TimelineEngineConversion;
@@ -298,10 +298,12 @@ void WriteViewData(const Picture& picture, std::string& out) {
   for (const auto& finding : labels.findings) {
     const std::string kind = KindWord(finding.kind);
     auto found = findingsOfKind.find(kind);
-    if (found == findingsOfKind.end() || found->second <= kPageFindingsPerKind) {
+    // Counted from all found: the picture holds no more than the page shows.
+    const std::size_t ofKind = labels.findings.CountOf(finding.kind);
+    if (found == findingsOfKind.end() || ofKind <= kPageFindingsPerKind) {
       continue;
     }
-    const auto more = static_cast<long long>(found->second - kPageFindingsPerKind);
+    const auto more = static_cast<long long>(ofKind - kPageFindingsPerKind);
     json.Open('[').Text(kind).Text(SeverityWord(finding.severity)).Int(-1LL).Text("");
     json.Text(std::to_string(more) + " more " + kind + " findings (check --all lists them)");
     json.Text("").Open('{').Key("more").Int(more).Close('}').Close(']');

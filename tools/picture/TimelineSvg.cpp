@@ -221,14 +221,17 @@ class SvgWriter {
   // The findings as check reports them, with their severity and kind; a few
   // at most, so that the header stays readable.
   void FindingLines() {
+    static_assert(kMostFindingLines <= kShownFindingsPerKind, "the picture holds no more");
+    // Counted from all found: the picture holds only the first of each kind.
+    const std::size_t count =
+        labels_.findings.CountAll() - labels_.findings.CountOf(Severity::Refusal);
     std::size_t shown = 0;
-    std::size_t count = 0;
     for (const auto& finding : labels_.findings) {
       if (finding.severity == Severity::Refusal) {
         continue;
       }
-      if (++count > kMostFindingLines) {
-        continue;
+      if (shown == kMostFindingLines) {
+        break;
       }
       const std::string where = DescribePlace(labels_.findings.Place(finding));
       headerLines_.push_back(std::string(SeverityWord(finding.severity)) + " " +

@@ -289,8 +289,11 @@ struct ViewBuilder {
 
 }  // namespace
 
-TimelineView MakeTimelineView(const Engine::Timeline& timeline, const PictureLabels& labels) {
-  ViewBuilder builder{labels, ProblemFlags(labels.findings, labels.elements.size()), {}, {}, {}};
+namespace {
+
+TimelineView ViewWithFlags(const Engine::Timeline& timeline, const PictureLabels& labels,
+                           ProblemFlags flags) {
+  ViewBuilder builder{labels, std::move(flags), {}, {}, {}};
   for (std::size_t index = 0; index < labels.assets.size(); ++index) {
     builder.assetIndex.emplace(labels.assets[index].first, static_cast<int>(index));
   }
@@ -355,12 +358,24 @@ TimelineView MakeTimelineView(const Engine::Timeline& timeline, const PictureLab
   return std::move(builder.view);
 }
 
+}  // namespace
+
+TimelineView MakeTimelineView(const Engine::Timeline& timeline, const PictureLabels& labels) {
+  return ViewWithFlags(timeline, labels, ProblemFlags(labels.findings, labels.elements.size()));
+}
+
 Picture MakePicture(const PlaylistDocument& document, const Outcome& outcome, Findings findings) {
+  // The flags are all the marks need of the findings, and the writers name a
+  // bounded number of each kind: the rest are let go before the labels, the
+  // view and the text are built. One flag pair per element of the document,
+  // as the labels hold them.
+  ProblemFlags flags(findings, document.playlist.audioVideoTrack.elements.size());
+  findings.KeepFirstOfEachKind(kShownFindingsPerKind);
   Picture picture{outcome.timeline,
                   document.playlist.rate,
                   LabelsFromOutcome(document, outcome, std::move(findings)),
                   {}};
-  picture.view = MakeTimelineView(outcome.timeline, picture.labels);
+  picture.view = ViewWithFlags(outcome.timeline, picture.labels, std::move(flags));
   return picture;
 }
 

@@ -58,7 +58,9 @@ struct PictureLabels {
   // Why the aux item plays no frames, from its finding.
   std::string auxReason;
   std::optional<PictureRefusal> refusal;
-  // Every finding, as check reports them, for the picture to name.
+  // Every finding, as check reports them, for the picture to name; in a
+  // Picture only the first kShownFindingsPerKind of each kind, with the
+  // counts of all.
   Findings findings;
 };
 
@@ -151,6 +153,9 @@ struct TimelineView {
 
 TimelineView MakeTimelineView(const Kov::TimelineEngineModel::Timeline& timeline,
                               const PictureLabels& labels);
+
+// The most findings of one kind either picture names; past that it counts them.
+constexpr std::size_t kShownFindingsPerKind = 1000;
 
 // What either picture draws: the outcome's timeline, how to name its parts and
 // the marks worked out from both.

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "picture/HtmlPage.h"
+#include "picture/TimelineSvg.h"
 
 namespace {
 
@@ -202,12 +203,19 @@ TEST(HtmlPage, FindingsPastTheLimitOfAKindAreCounted) {
   }
   picture.labels.findings.Add(TimelineConvert::FindingKind::Overlap,
                               {"overlap", TimelineConvert::Severity::Warning, {}, "overlap", {}});
-  const auto findings = PageData(TimelineConvert::PictureToHtml(picture))["findings"];
+  const std::string page = TimelineConvert::PictureToHtml(picture);
+  const auto findings = PageData(page)["findings"];
   ASSERT_EQ(findings.size(), 1000U + 1 + 1);
   EXPECT_EQ(findings[999][6]["offset"], 999);
   EXPECT_EQ(findings[1000][0], "overlap");
   EXPECT_EQ(findings[1001][4], "3 more av-drift findings (check --all lists them)");
   EXPECT_EQ(findings[1001][6]["more"], 3);
+  // A picture lets go of the findings neither writer shows, and still counts them.
+  const std::string svg = TimelineConvert::PictureToSvg(picture);
+  picture.labels.findings.KeepFirstOfEachKind(TimelineConvert::kShownFindingsPerKind);
+  EXPECT_EQ(picture.labels.findings.size(), 1000U + 1);
+  EXPECT_EQ(TimelineConvert::PictureToHtml(picture), page);
+  EXPECT_EQ(TimelineConvert::PictureToSvg(picture), svg);
 }
 
 }  // namespace
