@@ -113,10 +113,17 @@ void DocumentWriter::SideTrack(const Engine::Track& track, std::size_t index, Si
     if (!item) {
       Refuse("engine " + trackName + " holds an empty item.");
     }
-    const std::string id = item->Id().Text();
+    const std::string& id = item->Id().Text();
     const auto type = item->GetType();
-    const auto* transition = dynamic_cast<const Engine::FxTransitionItem*>(item.get());
-    const auto* media = dynamic_cast<const Engine::MediaSummaryItem*>(item.get());
+    // Each kind is looked for only where the type names it: an item of any
+    // other type is judged by its type alone.
+    const auto* transition = type == traits.transitionType || type == Engine::FxVideoTransition ||
+                                     type == Engine::FxAudioTransition
+                                 ? dynamic_cast<const Engine::FxTransitionItem*>(item.get())
+                                 : nullptr;
+    const auto* media = type == Engine::MediaSummary
+                            ? dynamic_cast<const Engine::MediaSummaryItem*>(item.get())
+                            : nullptr;
     if (transition != nullptr && type == traits.transitionType) {
       if (pending != nullptr) {
         Refuse("transition " + id + " follows transition " + pending->Id().Text() +
