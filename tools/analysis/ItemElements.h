@@ -53,4 +53,25 @@ class ElementWalk {
   std::size_t next_ = 0;
 };
 
+// An item as the transition or the media item its type says it is, each
+// null otherwise. The cast is made only where the type names that kind: it is
+// the costly part of a walk over every item, and an item of any other type is
+// judged by its type alone.
+struct ItemKind {
+  const Kov::TimelineEngineModel::FxTransitionItem* transition = nullptr;
+  const Kov::TimelineEngineModel::MediaSummaryItem* media = nullptr;
+};
+
+inline ItemKind KindOf(const Kov::TimelineEngineModel::TrackItem& item,
+                       Kov::TimelineEngineModel::TrackItemType type) {
+  namespace Engine = Kov::TimelineEngineModel;
+  ItemKind kind;
+  if (type == Engine::FxVideoTransition || type == Engine::FxAudioTransition) {
+    kind.transition = dynamic_cast<const Engine::FxTransitionItem*>(&item);
+  } else if (type == Engine::MediaSummary) {
+    kind.media = dynamic_cast<const Engine::MediaSummaryItem*>(&item);
+  }
+  return kind;
+}
+
 }  // namespace TimelineConvert

@@ -122,15 +122,7 @@ void SideWriter::ReadTrack(const Engine::Track& track) {
       continue;
     }
     const auto type = item->GetType();
-    // Each kind is looked for only where the type names it: an item of any
-    // other type is judged by its type alone.
-    const auto* transition = type == traits_.transitionType || type == Engine::FxVideoTransition ||
-                                     type == Engine::FxAudioTransition
-                                 ? dynamic_cast<const Engine::FxTransitionItem*>(item.get())
-                                 : nullptr;
-    const auto* media = type == Engine::MediaSummary
-                            ? dynamic_cast<const Engine::MediaSummaryItem*>(item.get())
-                            : nullptr;
+    const auto [transition, media] = KindOf(*item, type);
     if (transition != nullptr && type == traits_.transitionType) {
       if (pending != nullptr) {
         Problem(PlaceOf(*item, element), EdlProblemKind::TransitionAfterTransition, {},

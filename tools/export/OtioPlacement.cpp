@@ -115,15 +115,7 @@ void DocumentWriter::SideTrack(const Engine::Track& track, std::size_t index, Si
     }
     const std::string& id = item->Id().Text();
     const auto type = item->GetType();
-    // Each kind is looked for only where the type names it: an item of any
-    // other type is judged by its type alone.
-    const auto* transition = type == traits.transitionType || type == Engine::FxVideoTransition ||
-                                     type == Engine::FxAudioTransition
-                                 ? dynamic_cast<const Engine::FxTransitionItem*>(item.get())
-                                 : nullptr;
-    const auto* media = type == Engine::MediaSummary
-                            ? dynamic_cast<const Engine::MediaSummaryItem*>(item.get())
-                            : nullptr;
+    const auto [transition, media] = KindOf(*item, type);
     if (transition != nullptr && type == traits.transitionType) {
       if (pending != nullptr) {
         Refuse("transition " + id + " follows transition " + pending->Id().Text() +
