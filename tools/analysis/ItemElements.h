@@ -10,6 +10,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <typeinfo>
 
 namespace TimelineConvert {
 
@@ -33,15 +34,44 @@ class ElementWalk {
     if (next_ < count_) {
       element = static_cast<std::uint32_t>(next_);
     }
-    if (dynamic_cast<const Kov::TimelineEngineModel::MediaSummaryItem*>(item) != nullptr) {
+    if (IsMedia(item)) {
       ++next_;
     }
     return element;
   }
 
  private:
+  // Nearly every item is a media item itself, which its type says more
+  // cheaply than a cast does; the cast answers for any other.
+  static bool IsMedia(const Kov::TimelineEngineModel::TrackItem* item) {
+    using Kov::TimelineEngineModel::MediaSummaryItem;
+    return item != nullptr && (typeid(*item) == typeid(MediaSummaryItem) ||
+                               dynamic_cast<const MediaSummaryItem*>(item) != nullptr);
+  }
+
   std::size_t count_;
   std::size_t next_ = 0;
 };
+
+// An item as the transition or the media item its type says it is, each
+// null otherwise. The cast is made only where the type names that kind: it is
+// the costly part of a walk over every item, and an item of any other type is
+// judged by its type alone.
+struct ItemKind {
+  const Kov::TimelineEngineModel::FxTransitionItem* transition = nullptr;
+  const Kov::TimelineEngineModel::MediaSummaryItem* media = nullptr;
+};
+
+inline ItemKind KindOf(const Kov::TimelineEngineModel::TrackItem& item,
+                       Kov::TimelineEngineModel::TrackItemType type) {
+  namespace Engine = Kov::TimelineEngineModel;
+  ItemKind kind;
+  if (type == Engine::FxVideoTransition || type == Engine::FxAudioTransition) {
+    kind.transition = dynamic_cast<const Engine::FxTransitionItem*>(&item);
+  } else if (type == Engine::MediaSummary) {
+    kind.media = dynamic_cast<const Engine::MediaSummaryItem*>(&item);
+  }
+  return kind;
+}
 
 }  // namespace TimelineConvert

@@ -2,6 +2,7 @@
 // the transitions that open them. One pass, so that it stays linear in the
 // size of the playlist.
 #include <algorithm>
+#include <string_view>
 #include <unordered_map>
 
 #include "analysis/FindingList.h"
@@ -262,7 +263,9 @@ void AvDriftMessage(std::string& out, const Finding& finding, const FindingSourc
 
 void CheckTrack(FindingList& findings, const Engine::Timeline& timeline,
                 const FindingOptions& options) {
-  std::unordered_map<std::string, std::int64_t> assetDuration;
+  // Keyed by views of the timeline's own identifier texts: nothing copied.
+  std::unordered_map<std::string_view, std::int64_t> assetDuration;
+  assetDuration.reserve(timeline.mediaInfos.size());
   for (const auto& info : timeline.mediaInfos) {
     assetDuration.emplace(info.id.Text(), info.duration);
   }

@@ -124,8 +124,8 @@ std::pair<std::size_t, bool> WriteListing(std::ostream& out, const std::string& 
 }  // namespace
 
 ExitStatus RunCheck(const CommandContext& context) {
-  const Outcome outcome = ConvertDocument(context.document, context.Mode());
-  const Findings findings = FindFindings(context.document, outcome, context.options.findingOptions);
+  Outcome outcome = ConvertDocument(context.document, context.Mode());
+  Findings findings = FindFindings(context.document, outcome, context.options.findingOptions);
   if (outcome.refusal) {
     context.report.Refused(context.inputName, *outcome.refusal);
   }
@@ -135,10 +135,13 @@ ExitStatus RunCheck(const CommandContext& context) {
         WriteListing(out, context.inputName, findings, outcome.refusal.has_value(), context.options)
             .second;
   });
-  if (written != ExitStatus::Done) {
-    return written;
-  }
-  return outcome.refusal ? ExitStatus::Refused : found ? ExitStatus::Findings : ExitStatus::Done;
+  const ExitStatus status = written != ExitStatus::Done ? written
+                            : outcome.refusal           ? ExitStatus::Refused
+                            : found                     ? ExitStatus::Findings
+                                                        : ExitStatus::Done;
+  LeaveToExit(findings);
+  LeaveToExit(outcome);
+  return status;
 }
 
 }  // namespace TimelineConvert

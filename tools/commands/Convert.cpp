@@ -190,7 +190,7 @@ ExitStatus RunConvert(const CommandContext& context) {
     ReportUsage(context, "--media-url applies to OpenTimelineIO; the output is " + format);
     return ExitStatus::Unusable;
   }
-  const Outcome outcome = ConvertDocument(context.document, context.Mode());
+  Outcome outcome = ConvertDocument(context.document, context.Mode());
   if (outcome.refusal) {
     context.report.Refused(context.inputName, *outcome.refusal);
     return ExitStatus::Refused;
@@ -202,7 +202,7 @@ ExitStatus RunConvert(const CommandContext& context) {
                   "engine JSON carries everything");
       return ExitStatus::Unusable;
     }
-    return WriteResult(context, [&](std::ostream& out) {
+    const ExitStatus written = WriteResult(context, [&](std::ostream& out) {
       if (!context.options.compact) {
         WriteTimelineJson(out, outcome.timeline);
         return;
@@ -213,11 +213,15 @@ ExitStatus RunConvert(const CommandContext& context) {
       compactOut.flush();
       out << '\n';
     });
+    LeaveToExit(outcome);
+    return written;
   }
   ExportReport report{format, context.inputName, {}};
   const ExitStatus status =
       format == "edl" ? RunEdl(context, outcome, report) : RunOtio(context, outcome, report);
-  return FinishReport(context, report, status);
+  const ExitStatus finished = FinishReport(context, report, status);
+  LeaveToExit(outcome);
+  return finished;
 }
 
 }  // namespace TimelineConvert

@@ -14,18 +14,20 @@ ExitStatus RunRender(const CommandContext& context) {
   if (format.empty()) {
     return ExitStatus::Unusable;
   }
-  const Outcome outcome = ConvertDocument(context.document, context.Mode());
-  const Picture drawn =
-      MakePicture(context.document, outcome, FindFindings(context.document, outcome));
+  Outcome outcome = ConvertDocument(context.document, context.Mode());
+  Picture drawn = MakePicture(context.document, outcome, FindFindings(context.document, outcome));
   const std::string picture = format == "html" ? PictureToHtml(drawn) : PictureToSvg(drawn);
   if (outcome.refusal) {
     context.report.Refused(context.inputName, *outcome.refusal);
   }
   const ExitStatus written =
       WriteResult(context, [&picture](std::ostream& out) { out << picture; });
-  return written != ExitStatus::Done ? written
-         : outcome.refusal           ? ExitStatus::Refused
-                                     : ExitStatus::Done;
+  const ExitStatus status = written != ExitStatus::Done ? written
+                            : outcome.refusal           ? ExitStatus::Refused
+                                                        : ExitStatus::Done;
+  LeaveToExit(drawn);
+  LeaveToExit(outcome);
+  return status;
 }
 
 }  // namespace TimelineConvert

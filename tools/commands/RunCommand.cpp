@@ -7,6 +7,18 @@
 
 namespace TimelineConvert {
 
+namespace LeftToExit {
+namespace {
+// The last value kept: from it every kept value stays reachable.
+Left* last = nullptr;
+}  // namespace
+
+void Keep(Left* left) {
+  left->previous = last;
+  last = left;
+}
+}  // namespace LeftToExit
+
 DurationMode CommandContext::Mode() const {
   using Kov::Replivo::Tollan::TimelineEngineConversion::TimelineConverter;
   return options.durationMode == "playlist" ? TimelineConverter::FromPlaylist
@@ -31,7 +43,9 @@ ExitStatus RunCommand(ExitStatus (*command)(const CommandContext&), const Comman
     return ExitStatus::Unusable;
   }
   std::string().swap(text);  // the records hold all that is needed now
-  return command(CommandContext{options, document, report, inputName});
+  const ExitStatus status = command(CommandContext{options, document, report, inputName});
+  LeaveToExit(document);
+  return status;
 }
 
 }  // namespace TimelineConvert

@@ -96,8 +96,11 @@ void SideWriter::Problem(const EdlPlace& place, EdlProblemKind kind,
     return;
   }
   // A check leaves the clip of a media item's place unnamed until now.
-  const auto* media = dynamic_cast<const Engine::MediaSummaryItem*>(place.item);
-  if (problemsOnly_ && media != nullptr && media->GetType() == Engine::MediaSummary) {
+  const auto* media =
+      problemsOnly_ && place.item != nullptr && place.item->GetType() == Engine::MediaSummary
+          ? dynamic_cast<const Engine::MediaSummaryItem*>(place.item)
+          : nullptr;
+  if (media != nullptr) {
     problem.place.clip = ClipName(media->mediaId.Text());
   }
   problems_.push_back(std::move(problem));
@@ -119,8 +122,7 @@ void SideWriter::ReadTrack(const Engine::Track& track) {
       continue;
     }
     const auto type = item->GetType();
-    const auto* transition = dynamic_cast<const Engine::FxTransitionItem*>(item.get());
-    const auto* media = dynamic_cast<const Engine::MediaSummaryItem*>(item.get());
+    const auto [transition, media] = KindOf(*item, type);
     if (transition != nullptr && type == traits_.transitionType) {
       if (pending != nullptr) {
         Problem(PlaceOf(*item, element), EdlProblemKind::TransitionAfterTransition, {},

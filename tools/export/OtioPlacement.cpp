@@ -113,10 +113,9 @@ void DocumentWriter::SideTrack(const Engine::Track& track, std::size_t index, Si
     if (!item) {
       Refuse("engine " + trackName + " holds an empty item.");
     }
-    const std::string id = item->Id().Text();
+    const std::string& id = item->Id().Text();
     const auto type = item->GetType();
-    const auto* transition = dynamic_cast<const Engine::FxTransitionItem*>(item.get());
-    const auto* media = dynamic_cast<const Engine::MediaSummaryItem*>(item.get());
+    const auto [transition, media] = KindOf(*item, type);
     if (transition != nullptr && type == traits.transitionType) {
       if (pending != nullptr) {
         Refuse("transition " + id + " follows transition " + pending->Id().Text() +

@@ -157,8 +157,10 @@ class Column {
     double lowest = values_.empty() ? 0 : values_.front();
     double highest = lowest;
     for (const double value : values_) {
-      integral = integral && std::isfinite(value) && value == std::floor(value) &&
-                 std::fabs(value) <= kExact;
+      // In range first, so that the round trip through an integer is defined;
+      // it also keeps out infinities and NaN.
+      integral = integral && std::fabs(value) <= kExact &&
+                 static_cast<double>(static_cast<std::int64_t>(value)) == value;
       equal = equal && value == values_.front();
       lowest = std::min(lowest, value);
       highest = std::max(highest, value);
@@ -170,8 +172,19 @@ class Column {
     const int type = integral ? NarrowestType(lowest, highest) : kFloat;
     std::string bytes(values_.size() * kTypes[type].size, '\0');
     char* at = &bytes[0];
-    for (const double value : values_) {
-      at = PutLittleEndian(at, value, type);
+    switch (kTypes[type].size) {
+      case 1:
+        at = PutAll<1>(at, type);
+        break;
+      case 2:
+        at = PutAll<2>(at, type);
+        break;
+      case 4:
+        at = PutAll<4>(at, type);
+        break;
+      default:
+        at = PutAll<8>(at, type);
+        break;
     }
     if (integral) {
       // Either coding is written only while it stays shorter than the typed
@@ -258,16 +271,22 @@ class Column {
     return kFloat;
   }
 
-  static char* PutLittleEndian(char* at, double value, int type) {
-    std::uint64_t pattern = 0;
-    if (type == kFloat) {
-      static_assert(sizeof pattern == sizeof value, "a double has 64 bits");
-      std::memcpy(&pattern, &value, sizeof pattern);
-    } else {
-      pattern = static_cast<std::uint64_t>(static_cast<std::int64_t>(value));
-    }
-    for (std::size_t byte = 0; byte < kTypes[type].size; ++byte) {
-      *at++ = static_cast<char>((pattern >> (8 * byte)) & 0xFF);
+  // Every value in `Size` little-endian bytes: the width is fixed for the
+  // whole loop, so each value is a few shifts rather than a loop of its own.
+  template <std::size_t Size>
+  char* PutAll(char* at, int type) const {
+    const bool real = type == kFloat;
+    for (const double value : values_) {
+      std::uint64_t pattern = 0;
+      if (real) {
+        static_assert(sizeof pattern == sizeof value, "a double has 64 bits");
+        std::memcpy(&pattern, &value, sizeof pattern);
+      } else {
+        pattern = static_cast<std::uint64_t>(static_cast<std::int64_t>(value));
+      }
+      for (std::size_t byte = 0; byte < Size; ++byte) {
+        *at++ = static_cast<char>((pattern >> (8 * byte)) & 0xFF);
+      }
     }
     return at;
   }
