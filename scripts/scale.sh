@@ -47,14 +47,20 @@ if [ $# -gt 0 ]; then
   lines=("${chosen[@]}")
 fi
 
-# best_of RUNS COMMAND...: "seconds peak_kb status", the least processor time
-# (user + system: other load only ever adds to it) and the most memory.
+# best_of RUNS REPEATS COMMAND...: "seconds peak_kb status", the least
+# processor time (user + system: other load only ever adds to it) of REPEATS
+# runs of the command one after the other, and the most memory of one. A small
+# document is run as many times as it takes to do the largest one's work, so
+# that the clock's hundredths of a second do not round its time per element.
 best_of() {
-  local count="$1" best="" peak=0 status=0
-  shift
+  local count="$1" repeats="$2" best="" peak=0 status=0
+  shift 2
   for ((run = 0; run < count; ++run)); do
+    # shellcheck disable=SC2016 # the loop's variables are the inner shell's
     read -r status user system peak_kb < <(
-      /usr/bin/time -f "%x %U %S %M" "$@" 2>&1 >/dev/null | tail -n 1)
+      /usr/bin/time -f "%x %U %S %M" bash -c \
+        'repeats=$1; shift; for ((i = 0; i < repeats; ++i)); do "$@" >/dev/null; s=$?; done; exit $s' \
+        _ "$repeats" "$@" 2>&1 >/dev/null | tail -n 1)
     local seconds
     seconds=$(awk -v u="$user" -v s="$system" 'BEGIN { printf "%.3f", u + s }')
     if [ -z "$best" ] || awk -v a="$seconds" -v b="$best" 'BEGIN { exit !(a < b) }'; then
@@ -65,7 +71,7 @@ best_of() {
   echo "$best $peak $status"
 }
 
-read -r peer _ _ < <(best_of 3 python3 -c 'import json,sys; json.load(open(sys.argv[1]))' "$largest")
+read -r peer _ _ < <(best_of 3 1 python3 -c 'import json,sys; json.load(open(sys.argv[1]))' "$largest")
 echo "Peer: json.load of $(basename "$largest") takes ${peer} s of processor time."
 echo
 
@@ -103,7 +109,9 @@ for line in "${lines[@]}"; do
   for size in "${sizes[@]}"; do
     document="build/scale/doc-${size}.json"
     # shellcheck disable=SC2086 # the command line splits into its words
-    read -r seconds peak_kb status < <(best_of "$runs" "$tool" $command "$document")
+    repeats=$((sizes[-1] / size))
+    read -r total peak_kb status < <(best_of "$runs" "$repeats" "$tool" $command "$document")
+    seconds=$(awk -v t="$total" -v r="$repeats" 'BEGIN { printf "%.3f", t / r }')
     if ! [[ " $statuses " == *" $status "* ]]; then
       echo "$command failed on $document (exit status $status)" >&2
       exit 1
@@ -112,7 +120,7 @@ for line in "${lines[@]}"; do
     per_element=$(awk -v t="$seconds" -v n="$size" 'BEGIN { printf "%.2f", t / n * 1e6 }')
     [ -n "$first" ] || first="$per_element"
     awk -v c="$command" -v n="$size" -v b="$bytes" -v t="$seconds" -v e="$per_element" \
-      -v m="$peak_kb" 'BEGIN { printf "| %s | %d | %.1f | %.2f | %s | %.0f |\n", c, n, b / 1048576, t, e, m / 1024 }'
+      -v m="$peak_kb" 'BEGIN { printf "| %s | %d | %.1f | %.3f | %s | %.0f |\n", c, n, b / 1048576, t, e, m / 1024 }'
   done
   # shellcheck disable=SC2086
   read -r reading library writing < <(share "$tool" $command "build/scale/doc-${sizes[0]}.json")
