@@ -1,24 +1,87 @@
 // Reading the input whole, held once and not copied.
 #include "cli/InputFile.h"
 
+#include <fcntl.h>
+#include <sys/mman.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstring>
-#include <fstream>
 #include <iostream>
 #include <iterator>
-#include <vector>
 
 namespace TimelineConvert {
+
+namespace {
+
+// Closes the descriptor however the reading ends; a mapping outlives it.
+class Descriptor {
+ public:
+  explicit Descriptor(int number) : number_(number) {}
+  Descriptor(const Descriptor&) = delete;
+  Descriptor& operator=(const Descriptor&) = delete;
+  ~Descriptor() {
+    if (number_ >= 0) {
+      ::close(number_);
+    }
+  }
+  int Number() const { return number_; }
+
+ private:
+  int number_;
+};
+
+// Reads to the end of `file` into `text`, sized first by `expected`.
+bool ReadAll(int file, std::size_t expected, std::string& text, std::string& problem) {
+  text.resize(expected);
+  std::size_t filled = 0;
+  for (;;) {
+    if (filled == text.size()) {
+      text.resize(text.size() * 2);
+    }
+    const ssize_t got = ::read(file, &text[filled], text.size() - filled);
+    if (got < 0) {
+      if (errno == EINTR) {
+        continue;
+      }
+      problem = std::strerror(errno);
+      std::string().swap(text);
+      return false;
+    }
+    if (got == 0) {
+      break;
+    }
+    filled += static_cast<std::size_t>(got);
+  }
+  text.resize(filled);
+  problem.clear();
+  return true;
+}
+
+}  // namespace
 
 std::string InputName(const std::string& path) {
   return path == "-" ? "standard input" : path;
 }
 
-bool ReadInput(const std::string& path, std::string& text, std::string& problem) {
+std::string_view InputText::View() const {
+  return mapped_ != nullptr ? std::string_view(mapped_, mappedSize_) : std::string_view(read_);
+}
+
+void InputText::Release() {
+  if (mapped_ != nullptr) {
+    ::munmap(const_cast<char*>(mapped_), mappedSize_);
+    mapped_ = nullptr;
+    mappedSize_ = 0;
+  }
+  std::string().swap(read_);
+}
+
+bool ReadInput(const std::string& path, InputText& text, std::string& problem) {
+  text.Release();
   if (path == "-") {
-    text.assign(std::istreambuf_iterator<char>(std::cin), std::istreambuf_iterator<char>());
+    text.read_.assign(std::istreambuf_iterator<char>(std::cin), std::istreambuf_iterator<char>());
     problem = std::cin.bad() ? std::strerror(errno) : "";
     return problem.empty();
   }
@@ -27,21 +90,26 @@ bool ReadInput(const std::string& path, std::string& text, std::string& problem)
     problem = "it is a directory";
     return false;
   }
-  std::ifstream file(path, std::ios::binary);
-  if (!file) {
+  const Descriptor file(::open(path.c_str(), O_RDONLY));
+  if (file.Number() < 0) {
     problem = std::strerror(errno);
     return false;
   }
-  // Read straight into the text, sized up front where the size is known.
-  if (S_ISREG(status.st_mode)) {
-    text.reserve(static_cast<std::size_t>(status.st_size));
+  const bool regular = ::fstat(file.Number(), &status) == 0 && S_ISREG(status.st_mode);
+  if (regular && status.st_size > 0) {
+    const auto size = static_cast<std::size_t>(status.st_size);
+    void* mapped = ::mmap(nullptr, size, PROT_READ, MAP_PRIVATE, file.Number(), 0);
+    if (mapped != MAP_FAILED) {
+      text.mapped_ = static_cast<const char*>(mapped);
+      text.mappedSize_ = size;
+      problem.clear();
+      return true;
+    }
   }
-  std::vector<char> chunk(1 << 16);
-  while (file.read(chunk.data(), static_cast<std::streamsize>(chunk.size())) || file.gcount() > 0) {
-    text.append(chunk.data(), static_cast<std::size_t>(file.gcount()));
-  }
-  problem = file.bad() ? std::strerror(errno) : "";
-  return problem.empty();
+  // Read straight into the text, sized up front where the size is known (one
+  // byte over, so that the end shows without growing it).
+  const std::size_t expected = regular ? static_cast<std::size_t>(status.st_size) + 1 : 1 << 16;
+  return ReadAll(file.Number(), expected, text.read_, problem);
 }
 
 }  // namespace TimelineConvert

@@ -29,7 +29,7 @@ ExitStatus RunCommand(ExitStatus (*command)(const CommandContext&), const Comman
   const FailureReport report(options.errors == "json" ? ErrorFormat::Json : ErrorFormat::Text,
                              std::cerr);
   const std::string inputName = InputName(options.input);
-  std::string text;
+  InputText text;
   std::string problem;
   if (!ReadInput(options.input, text, problem)) {
     report.Io(inputName, "read", problem);
@@ -37,12 +37,12 @@ ExitStatus RunCommand(ExitStatus (*command)(const CommandContext&), const Comman
   }
   PlaylistDocument document;
   try {
-    document = ReadPlaylistDocument(text);
+    document = ReadPlaylistDocument(text.View());
   } catch (const DocumentError& error) {
     report.Malformed(inputName, error);
     return ExitStatus::Unusable;
   }
-  std::string().swap(text);  // the records hold all that is needed now
+  text.Release();  // the records hold all that is needed now
   const ExitStatus status = command(CommandContext{options, document, report, inputName});
   LeaveToExit(document);
   return status;

@@ -77,6 +77,14 @@ constexpr std::array<bool, 256> PlainStringBytes() {
 }
 constexpr std::array<bool, 256> kPlainStringByte = PlainStringBytes();
 
+// JSON's white space: a table, as the text is mostly indentation.
+constexpr std::array<bool, 256> WhiteSpaceBytes() {
+  std::array<bool, 256> space{};
+  space[' '] = space['\n'] = space['\r'] = space['\t'] = true;
+  return space;
+}
+constexpr std::array<bool, 256> kWhiteSpaceByte = WhiteSpaceBytes();
+
 // What a byte that leads a UTF-8 sequence allows: the sequence's length (0:
 // it leads none) and the range of its second byte, which rules out overlong
 // forms (after E0, F0), surrogates (after ED) and values past U+10FFFF (after
@@ -122,11 +130,11 @@ void AppendUtf8(std::string& out, std::uint32_t code) {
 // The tokens of a JSON text, each read where it is expected.
 class Scanner {
  public:
-  explicit Scanner(const std::string& text) : at_(text.data()), end_(text.data() + text.size()) {}
+  explicit Scanner(std::string_view text) : at_(text.data()), end_(text.data() + text.size()) {}
 
   // The next byte after white space; a NUL at the end of the text.
   char Peek() {
-    while (at_ != end_ && (*at_ == ' ' || *at_ == '\n' || *at_ == '\r' || *at_ == '\t')) {
+    while (at_ != end_ && kWhiteSpaceByte[static_cast<unsigned char>(*at_)]) {
       ++at_;
     }
     return at_ == end_ ? '\0' : *at_;
@@ -159,17 +167,20 @@ class Scanner {
   }
 
   // A key compared only with known names: its bytes as written, without
-  // decoding. A key with an escape is no known name as written: give up.
+  // decoding. Every known name is plain ASCII, so a key with any other byte
+  // (an escape, a control character, UTF-8) names none: give up. Keys are
+  // short; a byte loop beats a library search here.
   std::string_view PlainKey() {
     Expect('"');
-    const auto* quote =
-        static_cast<const char*>(std::memchr(at_, '"', static_cast<std::size_t>(end_ - at_)));
-    if (quote == nullptr ||
-        std::memchr(at_, '\\', static_cast<std::size_t>(quote - at_)) != nullptr) {
+    const char* start = at_;
+    while (at_ != end_ && kPlainStringByte[static_cast<unsigned char>(*at_)]) {
+      ++at_;
+    }
+    if (at_ == end_ || *at_ != '"') {
       Abandon();
     }
-    const std::string_view key(at_, static_cast<std::size_t>(quote - at_));
-    at_ = quote + 1;
+    const std::string_view key(start, static_cast<std::size_t>(at_ - start));
+    ++at_;
     return key;
   }
 
@@ -336,13 +347,25 @@ class Scanner {
 
 // The field of kElementFields a key names, trying `expected` first (keys
 // mostly come in the table's order); gives up for any other key.
+// Names are a few bytes long: compared in line, not by a library call.
+bool SameName(std::string_view name, std::string_view key) {
+  if (name.size() != key.size()) {
+    return false;
+  }
+  for (std::size_t index = 0; index < name.size(); ++index) {
+    if (name[index] != key[index]) {
+      return false;
+    }
+  }
+  return true;
+}
+
 std::size_t ElementFieldOf(std::string_view key, std::size_t expected) {
-  if (expected < kElementFields.size() && kElementFields[expected].name == key) {
+  if (expected < kElementFields.size() && SameName(kElementFields[expected].name, key)) {
     return expected;
   }
   for (std::size_t field = 0; field < kElementFields.size(); ++field) {
-    const std::string_view name = kElementFields[field].name;
-    if (name.size() == key.size() && std::memcmp(name.data(), key.data(), key.size()) == 0) {
+    if (SameName(kElementFields[field].name, key)) {
       return field;
     }
   }
@@ -361,7 +384,7 @@ enum class StreamedList { None, Elements, Assets };
 
 class DirectReader {
  public:
-  DirectReader(const std::string& text, StreamedRecords& records)
+  DirectReader(std::string_view text, StreamedRecords& records)
       : scanner_(text), records_(records) {}
 
   // The whole text into the records and `document`; gives up on anything but
@@ -611,7 +634,7 @@ class DirectReader {
 
 }  // namespace
 
-bool ReadDirectly(const std::string& jsonText, StreamedRecords& records, Json& document) {
+bool ReadDirectly(std::string_view jsonText, StreamedRecords& records, Json& document) {
   try {
     DirectReader(jsonText, records).Document(document);
     return true;

@@ -129,12 +129,13 @@ class DocumentStream {
 
 }  // namespace
 
-Json ParseStreaming(const std::string& jsonText, StreamedRecords& records) {
+Json ParseStreaming(std::string_view jsonText, StreamedRecords& records) {
   DocumentStream stream(records);
   try {
-    return Json::parse(jsonText, [&stream](int depth, Json::parse_event_t event, Json& parsed) {
-      return stream(depth, event, parsed);
-    });
+    return Json::parse(jsonText.begin(), jsonText.end(),
+                       [&stream](int depth, Json::parse_event_t event, Json& parsed) {
+                         return stream(depth, event, parsed);
+                       });
   } catch (const Json::out_of_range& error) {
     // "[json.exception.out_of_range.406] number overflow parsing '1e999'"
     const std::string text = error.what();

@@ -7,6 +7,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "document/JsonNode.h"
@@ -28,19 +29,19 @@ struct StreamedRecords {
 
 // The document without the streamed lists' contents; faults as DocumentError.
 // The careful reader: slower, but it words every fault of the JSON text.
-Json ParseStreaming(const std::string& jsonText, StreamedRecords& records);
+Json ParseStreaming(std::string_view jsonText, StreamedRecords& records);
 
 // The same reading, faster (no callback object per event): false, with
 // records and `document` holding nothing of use, when the JSON text is not
 // well-formed, and ParseStreaming then words that fault. The faults it raises
 // itself (a key given twice, a field's fault) are those ParseStreaming raises.
-bool ParseQuickly(const std::string& jsonText, StreamedRecords& records, Json& document);
+bool ParseQuickly(std::string_view jsonText, StreamedRecords& records, Json& document);
 
 // The fastest reading, straight from the text into the records: true only
 // when the document is well-formed and every element and asset is read
 // without a fault, with the same records and `document` as ParseQuickly. On
 // anything else it gives up (false, records and `document` holding nothing of
 // use) and the readers above read the text again, to word the fault.
-bool ReadDirectly(const std::string& jsonText, StreamedRecords& records, Json& document);
+bool ReadDirectly(std::string_view jsonText, StreamedRecords& records, Json& document);
 
 }  // namespace TimelineConvert

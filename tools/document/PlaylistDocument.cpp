@@ -44,7 +44,7 @@ Sequences::Playlist ReadPlaylist(const Node& node, StreamedRecords& stream) {
 DocumentError::DocumentError(const std::string& where, const std::string& problem)
     : std::runtime_error(EscapedText(where) + ": " + EscapedText(problem)), where_(where) {}
 
-PlaylistDocument ReadPlaylistDocument(const std::string& jsonText) {
+PlaylistDocument ReadPlaylistDocument(std::string_view jsonText) {
   StreamedRecords stream;
   Json json;
   // Each reader hands a text it is unsure of to the next, more careful one;

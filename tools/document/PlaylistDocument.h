@@ -9,6 +9,7 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace TimelineConvert {
@@ -39,6 +40,6 @@ struct PlaylistDocument {
 };
 
 // Parses and checks the whole document; throws DocumentError.
-PlaylistDocument ReadPlaylistDocument(const std::string& jsonText);
+PlaylistDocument ReadPlaylistDocument(std::string_view jsonText);
 
 }  // namespace TimelineConvert

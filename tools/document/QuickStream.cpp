@@ -197,9 +197,9 @@ class QuickStream {
 
 }  // namespace
 
-bool ParseQuickly(const std::string& jsonText, StreamedRecords& records, Json& document) {
+bool ParseQuickly(std::string_view jsonText, StreamedRecords& records, Json& document) {
   QuickStream stream(records, document);
-  return Json::sax_parse(jsonText, &stream);
+  return Json::sax_parse(jsonText.begin(), jsonText.end(), &stream);
 }
 
 }  // namespace TimelineConvert
