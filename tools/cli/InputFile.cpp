@@ -7,9 +7,11 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdint>
 #include <cstring>
 #include <iostream>
 #include <iterator>
+#include <limits>
 
 namespace TimelineConvert {
 
@@ -95,7 +97,11 @@ bool ReadInput(const std::string& path, InputText& text, std::string& problem) {
     problem = std::strerror(errno);
     return false;
   }
-  const bool regular = ::fstat(file.Number(), &status) == 0 && S_ISREG(status.st_mode);
+  // A size that does not fit the address space (a 32-bit build) is neither
+  // mapped nor trusted for the reading's first size.
+  const bool regular =
+      ::fstat(file.Number(), &status) == 0 && S_ISREG(status.st_mode) &&
+      static_cast<std::uintmax_t>(status.st_size) < std::numeric_limits<std::size_t>::max();
   if (regular && status.st_size > 0) {
     const auto size = static_cast<std::size_t>(status.st_size);
     void* mapped = ::mmap(nullptr, size, PROT_READ, MAP_PRIVATE, file.Number(), 0);
