@@ -6,6 +6,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdint>
 #include <cstring>
@@ -34,10 +35,11 @@ class Descriptor {
   int number_;
 };
 
-// Reads to the end of `file` into `text`, sized first by `expected`.
-bool ReadAll(int file, std::size_t expected, std::string& text, std::string& problem) {
-  text.resize(expected);
-  std::size_t filled = 0;
+// Reads to the end of `file` into `text`, which holds `filled` bytes read so
+// far; sized first by `expected`.
+bool ReadAll(int file, std::size_t expected, std::size_t filled, std::string& text,
+             std::string& problem) {
+  text.resize(std::max(expected, filled + 1));
   for (;;) {
     if (filled == text.size()) {
       text.resize(text.size() * 2);
@@ -61,6 +63,26 @@ bool ReadAll(int file, std::size_t expected, std::string& text, std::string& pro
   return true;
 }
 
+// Reads `file` into `block` (of `capacity` bytes) until it is full or the
+// file ends; the bytes read, or -1 with errno.
+ssize_t ReadInto(int file, char* block, std::size_t capacity) {
+  std::size_t filled = 0;
+  while (filled < capacity) {
+    const ssize_t got = ::read(file, block + filled, capacity - filled);
+    if (got < 0) {
+      if (errno == EINTR) {
+        continue;
+      }
+      return -1;
+    }
+    if (got == 0) {
+      break;
+    }
+    filled += static_cast<std::size_t>(got);
+  }
+  return static_cast<ssize_t>(filled);
+}
+
 }  // namespace
 
 std::string InputName(const std::string& path) {
@@ -73,9 +95,10 @@ std::string_view InputText::View() const {
 
 void InputText::Release() {
   if (mapped_ != nullptr) {
-    ::munmap(const_cast<char*>(mapped_), mappedSize_);
+    ::munmap(mapped_, mappedCapacity_);
     mapped_ = nullptr;
     mappedSize_ = 0;
+    mappedCapacity_ = 0;
   }
   std::string().swap(read_);
 }
@@ -103,19 +126,39 @@ bool ReadInput(const std::string& path, InputText& text, std::string& problem) {
       ::fstat(file.Number(), &status) == 0 && S_ISREG(status.st_mode) &&
       static_cast<std::uintmax_t>(status.st_size) < std::numeric_limits<std::size_t>::max();
   if (regular && status.st_size > 0) {
-    const auto size = static_cast<std::size_t>(status.st_size);
-    void* mapped = ::mmap(nullptr, size, PROT_READ, MAP_PRIVATE, file.Number(), 0);
-    if (mapped != MAP_FAILED) {
-      text.mapped_ = static_cast<const char*>(mapped);
-      text.mappedSize_ = size;
-      problem.clear();
-      return true;
+    // Memory filled in one go by the system, not page by page as the reading
+    // first touches it; one byte over, so that the end shows. The file itself
+    // is not mapped: one cut short by another program while it is read would
+    // end the process instead of being reported.
+    const std::size_t capacity = static_cast<std::size_t>(status.st_size) + 1;
+    void* block = ::mmap(nullptr, capacity, PROT_READ | PROT_WRITE,
+                         MAP_PRIVATE | MAP_ANONYMOUS | MAP_POPULATE, -1, 0);
+    if (block != MAP_FAILED) {
+      char* bytes = static_cast<char*>(block);
+      const ssize_t got = ReadInto(file.Number(), bytes, capacity);
+      if (got < 0) {
+        problem = std::strerror(errno);
+        ::munmap(block, capacity);
+        return false;
+      }
+      const auto filled = static_cast<std::size_t>(got);
+      if (filled < capacity) {
+        text.mapped_ = bytes;
+        text.mappedSize_ = filled;
+        text.mappedCapacity_ = capacity;
+        problem.clear();
+        return true;
+      }
+      // The file grew while it was read: the rest goes on in a string.
+      text.read_.assign(bytes, filled);
+      ::munmap(block, capacity);
+      return ReadAll(file.Number(), filled * 2, filled, text.read_, problem);
     }
   }
   // Read straight into the text, sized up front where the size is known (one
   // byte over, so that the end shows without growing it).
   const std::size_t expected = regular ? static_cast<std::size_t>(status.st_size) + 1 : 1 << 16;
-  return ReadAll(file.Number(), expected, text.read_, problem);
+  return ReadAll(file.Number(), expected, 0, text.read_, problem);
 }
 
 }  // namespace TimelineConvert

@@ -10,10 +10,10 @@ namespace TimelineConvert {
 // How a path is named in messages: "-" is "standard input".
 std::string InputName(const std::string& path);
 
-// The whole text of an input, held once. A regular file is mapped into
-// memory rather than copied: the text is then the file's own pages, with no
-// page of the process's to fill and no copy to make. Anything else
-// (standard input, a pipe, a file the system will not map) is read.
+// The whole text of an input, held once. A regular file is read into memory
+// of its size that the system fills in one go rather than a fault per page;
+// anything else (standard input, a pipe, a file that grows while it is read)
+// is read into a string.
 class InputText {
  public:
   InputText() = default;
@@ -28,8 +28,9 @@ class InputText {
  private:
   friend bool ReadInput(const std::string& path, InputText& text, std::string& problem);
 
-  const char* mapped_ = nullptr;
+  char* mapped_ = nullptr;
   std::size_t mappedSize_ = 0;
+  std::size_t mappedCapacity_ = 0;
   std::string read_;
 };
 

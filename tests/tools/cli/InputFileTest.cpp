@@ -1,5 +1,6 @@
-// Reading a command's input whole: a regular file (mapped), an empty one, a
-// pipe (read, as it cannot be mapped) and the inputs that cannot be read.
+// Reading a command's input whole: a regular file (into memory of its size),
+// an empty one, a pipe (into a string, its size unknown) and the inputs that
+// cannot be read.
 #include "cli/InputFile.h"
 
 #include <gtest/gtest.h>
