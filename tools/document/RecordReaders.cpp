@@ -143,13 +143,13 @@ Kov::Replivo::Data::Sequences::AudioVideoElement ReadElement(const Node& node) {
   node.ExpectFields(names.data(), names.size(), requiredCount);
   Sequences::AudioVideoElement element;
   for (std::size_t field = 0; field < kElementFields.size(); ++field) {
-    const ElementField& spec = kElementFields[field];
-    const char* name = spec.name.data();  // a literal: NUL-terminated
-    if (!spec.required && !node.Has(name)) {
+    const ElementField& rule = kElementFields[field];
+    const char* name = rule.name.data();  // a literal: NUL-terminated
+    if (!rule.required && !node.Has(name)) {
       continue;
     }
     const Node value = node[name];
-    switch (spec.value) {
+    switch (rule.value) {
       case ElementValue::Unsigned32:
         SetElementInteger(element, field, value.Integer<std::uint32_t>());
         break;
