@@ -21,6 +21,8 @@ namespace Engine = Kov::TimelineEngineModel;
 
 constexpr const char* kTransitionNumbers[] = {"offset", "duration", nullptr};
 constexpr const char* kDurationNumbers[] = {"picture", "sound", nullptr};
+// Values held but not quoted: the positions of the transition and the item.
+constexpr const char* kEmptyPartNumbers[] = {nullptr};
 
 // A reversed marked range: the aux item lasts less than nothing, which no
 // interchange format holds, as the main track's items say alike. One item at
@@ -54,6 +56,9 @@ void FindOtioBlocks(const PlaylistDocument& document, const Engine::Timeline& ti
                     FindingList& findings) {
   ElementWalk walk(true, document.playlist.audioVideoTrack.elements.size());
   const auto& items = timeline.tracks.at(kElementTrack).items;
+  // The position of the transition waiting for the next media item, per side
+  // (picture, sound); -1 when none is.
+  std::int64_t waiting[2] = {-1, -1};
   for (std::size_t position = 0; position < items.size(); ++position) {
     const auto& item = items[position];
     const auto element = walk.Next(item.get());
@@ -64,20 +69,33 @@ void FindOtioBlocks(const PlaylistDocument& document, const Engine::Timeline& ti
     const auto type = item->GetType();
     if (type == Engine::FxVideoTransition || type == Engine::FxAudioTransition) {
       const auto& transition = static_cast<const Engine::FxTransitionItem&>(*item);
+      const bool audio = type == Engine::FxAudioTransition;
       if (OtioCannotHoldTransition(transition)) {
         const auto& effect = transition.FxTransition();
-        const bool audio = type == Engine::FxAudioTransition;
         findings.AtElement(index, FindingKind::TransitionNegativeLength, kTransitionNumbers,
                            {effect.offset, effect.duration, static_cast<std::int64_t>(position)},
                            audio ? "/audioTransitionDuration" : "/videoTransitionDuration",
                            audio ? 1 : 0);
       }
+      waiting[audio ? 1 : 0] = static_cast<std::int64_t>(position);
       continue;
     }
     const auto& media = static_cast<const Engine::MediaSummaryItem&>(*item);
     if (media.timelineVideoDuration < 0 || media.timelineAudioDuration < 0) {
       findings.AtElement(index, FindingKind::NegativeDuration, kDurationNumbers,
                          {media.timelineVideoDuration, media.timelineAudioDuration});
+    }
+    // A transition needs frames of the item it leads into to blend into; a
+    // clip of none is no clip to an importer.
+    const std::int64_t durations[2] = {media.timelineVideoDuration, media.timelineAudioDuration};
+    for (std::uint8_t side = 0; side < 2; ++side) {
+      if (waiting[side] >= 0 && durations[side] == 0) {
+        findings.AtElement(index, FindingKind::TransitionIntoEmptyPart, kEmptyPartNumbers,
+                           {waiting[side], static_cast<std::int64_t>(position)},
+                           side == 1 ? "/audioTransitionDuration" : "/videoTransitionDuration",
+                           side);
+      }
+      waiting[side] = -1;
     }
   }
   FindNegativeAuxItem(findings, timeline);
@@ -154,6 +172,14 @@ void TransitionNegativeLengthMessage(std::string& out, const Finding& finding,
          " reaches a negative length before or after its cut (offset " +
          std::to_string(finding.values[0]) + ", duration " + std::to_string(finding.values[1]) +
          ").";
+}
+
+void TransitionIntoEmptyPartMessage(std::string& out, const Finding& finding,
+                                    const FindingSource& source) {
+  const auto& items = source.timeline.tracks.at(kElementTrack).items;
+  out += "transition " + items.at(static_cast<std::size_t>(finding.values[0]))->Id().Text() +
+         " leads into item " + items.at(static_cast<std::size_t>(finding.values[1]))->Id().Text() +
+         ", which has no " + (finding.variant == 1 ? "sound" : "picture") + ".";
 }
 
 void EdlBlockMessage(std::string& out, const Finding& finding, const FindingSource&) {

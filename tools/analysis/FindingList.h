@@ -129,6 +129,8 @@ void TransitionOutsideMaterialMessage(std::string& out, const Finding& finding,
 void AvDriftMessage(std::string& out, const Finding& finding, const FindingSource& source);
 void RecordedRangeMessage(std::string& out, const Finding& finding, const FindingSource& source);
 void NegativeDurationMessage(std::string& out, const Finding& finding, const FindingSource& source);
+void TransitionIntoEmptyPartMessage(std::string& out, const Finding& finding,
+                                    const FindingSource& source);
 void TransitionNegativeLengthMessage(std::string& out, const Finding& finding,
                                      const FindingSource& source);
 void EdlBlockMessage(std::string& out, const Finding& finding, const FindingSource& source);

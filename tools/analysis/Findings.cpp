@@ -55,6 +55,7 @@ constexpr KindRow kKinds[] = {
     {"negative-playlist-duration", Severity::Warning, nullptr},
     {"negative-duration", Severity::BlocksOtio, NegativeDurationMessage},
     {"transition-negative-length", Severity::BlocksOtio, TransitionNegativeLengthMessage},
+    {"transition-into-empty-part", Severity::BlocksOtio, TransitionIntoEmptyPartMessage},
     {"not-in-picture-edl", Severity::BlocksEdl, EdlBlockMessage},
     {"not-in-sound-edl", Severity::BlocksEdl, EdlBlockMessage},
     {"not-in-aux-edl", Severity::BlocksEdl, EdlBlockMessage},

@@ -64,6 +64,7 @@ enum class FindingKind : std::uint8_t {
   // What the exports cannot hold.
   NegativeDuration,
   TransitionNegativeLength,
+  TransitionIntoEmptyPart,
   NotInPictureEdl,
   NotInSoundEdl,
   NotInAuxEdl,

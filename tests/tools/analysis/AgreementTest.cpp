@@ -173,6 +173,7 @@ TEST(Agreement, EveryOutputNamesTheSameFindingsAtTheSamePlaces) {
       "tests/tools/documents/check-recorded-ranges.json",
       "tests/tools/documents/check-negative-playlist-duration.json",
       "tests/tools/documents/check-negative-parts.json",
+      "tests/tools/documents/check-transition-into-empty-part.json",
       "examples/refused.json",
       "examples/highlight.json",
   };

@@ -173,7 +173,8 @@ TEST(Diagnostics, CheckFindsEachKindInItsOwnDocument) {
                                                    {"check-transition-outside-material", 3},
                                                    {"check-recorded-ranges", 3},
                                                    {"check-negative-playlist-duration", 3},
-                                                   {"check-negative-parts", 3}};
+                                                   {"check-negative-parts", 3},
+                                                   {"check-transition-into-empty-part", 3}};
   for (const auto& [name, status] : documents) {
     SCOPED_TRACE(name);
     const std::string path = SourcePath(std::string("tests/tools/documents/") + name);
