@@ -23,6 +23,8 @@ constexpr const char* kTransitionNumbers[] = {"offset", "duration", nullptr};
 constexpr const char* kDurationNumbers[] = {"picture", "sound", nullptr};
 // Values held but not quoted: the positions of the transition and the item.
 constexpr const char* kEmptyPartNumbers[] = {nullptr};
+// Then the positions of the transition and the item, not quoted.
+constexpr const char* kOverlapNumbers[] = {"length", "overlap", nullptr};
 
 // A reversed marked range: the aux item lasts less than nothing, which no
 // interchange format holds, as the main track's items say alike. One item at
@@ -56,9 +58,10 @@ void FindOtioBlocks(const PlaylistDocument& document, const Engine::Timeline& ti
                     FindingList& findings) {
   ElementWalk walk(true, document.playlist.audioVideoTrack.elements.size());
   const auto& items = timeline.tracks.at(kElementTrack).items;
-  // The position of the transition waiting for the next media item, per side
-  // (picture, sound); -1 when none is.
-  std::int64_t waiting[2] = {-1, -1};
+  // The transition waiting for the next media item, per side (picture,
+  // sound), and its position.
+  const Engine::FxTransitionItem* waiting[2] = {nullptr, nullptr};
+  std::int64_t waitingAt[2] = {0, 0};
   for (std::size_t position = 0; position < items.size(); ++position) {
     const auto& item = items[position];
     const auto element = walk.Next(item.get());
@@ -77,7 +80,8 @@ void FindOtioBlocks(const PlaylistDocument& document, const Engine::Timeline& ti
                            audio ? "/audioTransitionDuration" : "/videoTransitionDuration",
                            audio ? 1 : 0);
       }
-      waiting[audio ? 1 : 0] = static_cast<std::int64_t>(position);
+      waiting[audio ? 1 : 0] = &transition;
+      waitingAt[audio ? 1 : 0] = static_cast<std::int64_t>(position);
       continue;
     }
     const auto& media = static_cast<const Engine::MediaSummaryItem&>(*item);
@@ -85,17 +89,23 @@ void FindOtioBlocks(const PlaylistDocument& document, const Engine::Timeline& ti
       findings.AtElement(index, FindingKind::NegativeDuration, kDurationNumbers,
                          {media.timelineVideoDuration, media.timelineAudioDuration});
     }
-    // A transition needs frames of the item it leads into to blend into; a
-    // clip of none is no clip to an importer.
+    // A transition needs frames of the item it leads into to blend into (a
+    // clip of none is no clip to an importer), and an overlapping one at
+    // least as many as it overlaps.
     const std::int64_t durations[2] = {media.timelineVideoDuration, media.timelineAudioDuration};
     for (std::uint8_t side = 0; side < 2; ++side) {
-      if (waiting[side] >= 0 && durations[side] == 0) {
+      const char* field = side == 1 ? "/audioTransitionDuration" : "/videoTransitionDuration";
+      if (waiting[side] != nullptr && durations[side] == 0) {
         findings.AtElement(index, FindingKind::TransitionIntoEmptyPart, kEmptyPartNumbers,
-                           {waiting[side], static_cast<std::int64_t>(position)},
-                           side == 1 ? "/audioTransitionDuration" : "/videoTransitionDuration",
-                           side);
+                           {waitingAt[side], static_cast<std::int64_t>(position)}, field, side);
+      } else if (waiting[side] != nullptr && durations[side] > 0 &&
+                 durations[side] < OtioOverlapOf(*waiting[side])) {
+        findings.AtElement(index, FindingKind::TransitionOverlapsPastItem, kOverlapNumbers,
+                           {durations[side], OtioOverlapOf(*waiting[side]), waitingAt[side],
+                            static_cast<std::int64_t>(position)},
+                           field, side);
       }
-      waiting[side] = -1;
+      waiting[side] = nullptr;
     }
   }
   FindNegativeAuxItem(findings, timeline);
@@ -180,6 +190,16 @@ void TransitionIntoEmptyPartMessage(std::string& out, const Finding& finding,
   out += "transition " + items.at(static_cast<std::size_t>(finding.values[0]))->Id().Text() +
          " leads into item " + items.at(static_cast<std::size_t>(finding.values[1]))->Id().Text() +
          ", which has no " + (finding.variant == 1 ? "sound" : "picture") + ".";
+}
+
+void TransitionOverlapsPastItemMessage(std::string& out, const Finding& finding,
+                                       const FindingSource& source) {
+  const auto& items = source.timeline.tracks.at(kElementTrack).items;
+  out += "item " + items.at(static_cast<std::size_t>(finding.values[3]))->Id().Text() +
+         " is shorter on the " + (finding.variant == 1 ? "sound" : "picture") + " side (" +
+         std::to_string(finding.values[0]) + " frames) than the " +
+         std::to_string(finding.values[1]) + " frames its transition " +
+         items.at(static_cast<std::size_t>(finding.values[2]))->Id().Text() + " overlaps.";
 }
 
 void EdlBlockMessage(std::string& out, const Finding& finding, const FindingSource&) {

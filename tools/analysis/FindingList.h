@@ -131,6 +131,8 @@ void RecordedRangeMessage(std::string& out, const Finding& finding, const Findin
 void NegativeDurationMessage(std::string& out, const Finding& finding, const FindingSource& source);
 void TransitionIntoEmptyPartMessage(std::string& out, const Finding& finding,
                                     const FindingSource& source);
+void TransitionOverlapsPastItemMessage(std::string& out, const Finding& finding,
+                                       const FindingSource& source);
 void TransitionNegativeLengthMessage(std::string& out, const Finding& finding,
                                      const FindingSource& source);
 void EdlBlockMessage(std::string& out, const Finding& finding, const FindingSource& source);

@@ -56,6 +56,7 @@ constexpr KindRow kKinds[] = {
     {"negative-duration", Severity::BlocksOtio, NegativeDurationMessage},
     {"transition-negative-length", Severity::BlocksOtio, TransitionNegativeLengthMessage},
     {"transition-into-empty-part", Severity::BlocksOtio, TransitionIntoEmptyPartMessage},
+    {"transition-overlaps-past-item", Severity::BlocksOtio, TransitionOverlapsPastItemMessage},
     {"not-in-picture-edl", Severity::BlocksEdl, EdlBlockMessage},
     {"not-in-sound-edl", Severity::BlocksEdl, EdlBlockMessage},
     {"not-in-aux-edl", Severity::BlocksEdl, EdlBlockMessage},

@@ -65,6 +65,7 @@ enum class FindingKind : std::uint8_t {
   NegativeDuration,
   TransitionNegativeLength,
   TransitionIntoEmptyPart,
+  TransitionOverlapsPastItem,
   NotInPictureEdl,
   NotInSoundEdl,
   NotInAuxEdl,

@@ -45,6 +45,10 @@ class OtioExportRefusal : public std::runtime_error {
 // judge it; the writer only asserts it.
 bool OtioCannotHoldTransition(const Kov::TimelineEngineModel::FxTransitionItem& item);
 
+// The frames by which the item after the transition starts late on the
+// track: an overlapping transition's offset, 0 for any other kind.
+std::int64_t OtioOverlapOf(const Kov::TimelineEngineModel::FxTransitionItem& item);
+
 struct OtioExportOptions {
   // The playlist's rate: every time of the document is in frames at it.
   Kov::TimePoints::Rate rate{50, 1};

@@ -150,10 +150,7 @@ void DocumentWriter::SideTrack(const Engine::Track& track, std::size_t index, Si
       }
       continue;
     }
-    const std::int64_t overlap =
-        pending != nullptr && pending->FxTransition().kind == kOverlappingKind
-            ? pending->FxTransition().offset
-            : 0;
+    const std::int64_t overlap = pending != nullptr ? OtioOverlapOf(*pending) : 0;
     const std::int64_t start = Add(part.timelineIn, overlap, id);
     const std::int64_t end = Add(part.timelineIn, part.timelineDuration, id);
     if (end < start) {
@@ -211,6 +208,10 @@ bool OtioCannotHoldTransition(const Kov::TimelineEngineModel::FxTransitionItem& 
   std::int64_t afterCut = 0;
   return effect.offset < 0 || __builtin_sub_overflow(effect.duration, effect.offset, &afterCut) ||
          afterCut < 0;
+}
+
+std::int64_t OtioOverlapOf(const Kov::TimelineEngineModel::FxTransitionItem& item) {
+  return item.FxTransition().kind == OtioWriting::kOverlappingKind ? item.FxTransition().offset : 0;
 }
 
 namespace OtioWriting {

@@ -174,6 +174,7 @@ TEST(Agreement, EveryOutputNamesTheSameFindingsAtTheSamePlaces) {
       "tests/tools/documents/check-negative-playlist-duration.json",
       "tests/tools/documents/check-negative-parts.json",
       "tests/tools/documents/check-transition-into-empty-part.json",
+      "tests/tools/documents/check-transition-overlaps-past-item.json",
       "examples/refused.json",
       "examples/highlight.json",
   };

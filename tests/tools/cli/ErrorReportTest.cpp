@@ -174,7 +174,8 @@ TEST(Diagnostics, CheckFindsEachKindInItsOwnDocument) {
                                                    {"check-recorded-ranges", 3},
                                                    {"check-negative-playlist-duration", 3},
                                                    {"check-negative-parts", 3},
-                                                   {"check-transition-into-empty-part", 3}};
+                                                   {"check-transition-into-empty-part", 3},
+                                                   {"check-transition-overlaps-past-item", 3}};
   for (const auto& [name, status] : documents) {
     SCOPED_TRACE(name);
     const std::string path = SourcePath(std::string("tests/tools/documents/") + name);
