@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <nlohmann/json.hpp>
+#include <random>
 #include <regex>
 #include <string>
 #include <tuple>
@@ -21,8 +22,11 @@
 
 namespace {
 
+using tool_testing::ReadFile;
 using tool_testing::RunTool;
 using tool_testing::SourcePath;
+using tool_testing::WorkPath;
+using tool_testing::WriteFile;
 using Json = nlohmann::json;
 
 // A finding as every output can name it: its kind and its element (-1 when it
@@ -200,6 +204,77 @@ TEST(Agreement, EveryOutputNamesTheSameFindingsAtTheSamePlaces) {
                 "Cannot export to OpenTimelineIO: " + blockingOtio);
     }
   }
+}
+
+// Playlists of random IN and OUT points, speeds and transitions over the
+// example's clips: the OpenTimelineIO export refuses exactly when check names
+// something that blocks it, and with the first such finding's words. The
+// writer keeps checks of its own as a last resort; this is what finds a case
+// that reaches one without a finding.
+TEST(Agreement, RandomPlaylistsExportExactlyWhenNoFindingBlocksIt) {
+  const Json example = Json::parse(ReadFile(SourcePath("examples/highlight.json")));
+  std::mt19937 random(20261125);
+  const auto pick = [&random](std::initializer_list<long long> values) {
+    return *(values.begin() +
+             std::uniform_int_distribution<std::size_t>(0, values.size() - 1)(random));
+  };
+  const auto chance = [&random](double p) { return std::bernoulli_distribution(p)(random); };
+  const char* const clips[] = {"CAM-A-0031", "CAM-B-0032", "CAM-SSM-001"};
+  const char* const limits[] = {"sameLimit", "oppositeLimit", "absolute", "otherBoundary"};
+  const std::string path = WorkPath("random-playlist.json");
+  int blocked = 0;
+  for (int round = 0; round < 300; ++round) {
+    Json document = example;
+    Json elements = Json::array();
+    const long long count = pick({1, 2, 3, 4, 5, 6});
+    for (long long index = 0; index < count; ++index) {
+      const long long in = pick({0, 10, 40, 100, 200});
+      const long long out = in + pick({-40, -2, 0, 1, 2, 20, 100, 300});
+      Json element = {{"number", index + 1},
+                      {"serverId", 7},
+                      {"playlistNumber", 12},
+                      {"itemNumber", index + 1},
+                      {"umId", clips[pick({0, 1, 2})]},
+                      {"inBoundaryKind", limits[pick({0, 0, 1, 2, 3})]},
+                      {"outBoundaryKind", limits[pick({1, 1, 0, 2, 3})]},
+                      {"videoInValue", in},
+                      {"videoOutValue", out},
+                      {"audioInValue", in + pick({0, 0, 0, -4, 4})},
+                      {"audioOutValue", out + pick({0, 0, 0, -4, 4})}};
+      if (chance(0.3)) {
+        element["speed"] = {{"numerator", pick({1, 2, -1, 0, 3})},
+                            {"denominator", pick({1, 2, 0, 3})}};
+      }
+      if (chance(0.6)) {
+        element["transitionType"] = pick({0, 1, 2, 3, 4, 5, 6, 7});
+        element["videoTransitionDuration"] = pick({0, 2, 10, 20, 100, 400, -10});
+      }
+      if (chance(0.6)) {
+        element["audioTransitionType"] = pick({0, 1, 2, 3, 4, 5, 6, 7});
+        element["audioTransitionDuration"] = pick({0, 2, 10, 16, 100, 400, -10});
+      }
+      elements.push_back(std::move(element));
+    }
+    document["playlist"]["audioVideoTrack"]["elements"] = std::move(elements);
+    WriteFile(path, document.dump());
+    SCOPED_TRACE(document.dump());
+    std::string blockingOtio;
+    std::vector<Flagged> reported;
+    const auto checked = FromCheck("random-playlist.json", blockingOtio, reported);
+    const bool refused = std::any_of(checked.begin(), checked.end(),
+                                     [](const Named& named) { return named.first == "refused"; });
+    const auto otio = RunTool("convert --format otio -o /dev/null random-playlist.json");
+    if (!refused) {
+      blocked += blockingOtio.empty() ? 0 : 1;
+      EXPECT_EQ(otio.exitStatus, blockingOtio.empty() ? 0 : 2) << otio.err;
+      if (!blockingOtio.empty()) {
+        EXPECT_EQ(otio.err.substr(0, otio.err.find('\n')),
+                  "Cannot export to OpenTimelineIO: " + blockingOtio);
+      }
+    }
+  }
+  // The draw reaches the blocking cases, not only playlists that export.
+  EXPECT_GT(blocked, 30);
 }
 
 }  // namespace
